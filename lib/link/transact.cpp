@@ -1,0 +1,190 @@
+#include "link/transact.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "link/frame.h"
+#include "link/link_state.h"
+#include "link/log.h"
+#include "link/status.h"
+#include "platform/platform.h"
+
+namespace qz::link {
+namespace {
+
+constexpr std::uint8_t hid_report_id = 6;
+constexpr std::size_t hid_report_buffer = 300;
+constexpr std::size_t hid_piece = 254;
+constexpr std::size_t hid_report_data = hid_report_buffer - 1;
+constexpr std::size_t stx_search_end = 254;  // last offset searched for STX
+constexpr int stx_search_reads = 3;
+constexpr std::uint32_t hid_write_settle_ms = 5;
+
+// Length handed to the platform for one feature report. A device that claims a
+// longer report than the 300-byte report buffer is not the terminal; clamping
+// keeps the buffer intact.
+std::size_t report_length() {
+    return std::min<std::size_t>(link_state().hid_report_length, hid_report_buffer);
+}
+
+std::uint32_t elapsed_since(std::uint32_t start) { return platform::current().tick_ms() - start; }
+
+// Frame buffer of the calling thread: the request is built in it and the reply
+// received into it, so a transaction allocates nothing after the first.
+std::span<std::uint8_t> frame_buffer() {
+    thread_local std::vector<std::uint8_t> buffer(max_frame_length);
+    return buffer;
+}
+
+}  // namespace
+
+int hid_write_report(int handle, std::span<const std::uint8_t> piece) {
+    if (handle < 1) return status_bad_handle;
+    auto& os = platform::current();
+    const std::uint32_t start = os.tick_ms();
+    for (std::uint32_t waited; (waited = elapsed_since(start)) < link_state().write_gap_ms;)
+        os.sleep_ms(link_state().write_gap_ms - waited);
+
+    std::array<std::uint8_t, hid_report_buffer> report{};
+    report[0] = hid_report_id;
+    std::copy_n(piece.begin(), std::min(piece.size(), hid_piece), report.begin() + 1);
+    if (!os.hid_set_feature(handle, std::span(report).first(report_length()))) return status_hid_write_refused;
+    os.sleep_ms(hid_write_settle_ms);
+    return status_ok;
+}
+
+int hid_read_report(int handle, std::span<std::uint8_t> data) {
+    if (handle < 1) return status_bad_handle;
+    auto& os = platform::current();
+    const std::uint32_t start = os.tick_ms();
+    for (;;) {
+        std::array<std::uint8_t, hid_report_buffer> report{};
+        report[0] = hid_report_id;
+        if (os.hid_get_feature(handle, std::span(report).first(report_length())) && report[0] == hid_report_id) {
+            std::copy_n(report.begin() + 1, std::min(data.size(), hid_report_data), data.begin());
+            return status_ok;
+        }
+        if (elapsed_since(start) >= link_state().read_ms) return status_hid_read_timeout;
+    }
+}
+
+int hid_send_frame(int handle, std::span<const std::uint8_t> frame) {
+    if (frame.size() > max_frame_length) return status_frame_too_long;
+    for (std::size_t offset = 0; offset < frame.size(); offset += hid_piece) {
+        const int status = hid_write_report(handle, frame.subspan(offset, std::min(hid_piece, frame.size() - offset)));
+        if (status != status_ok) return status;
+    }
+    return status_ok;
+}
+
+int hid_receive_frame(int handle, std::size_t& total, std::span<std::uint8_t> frame) {
+    // One report's data, followed by a piece's worth of zeros: a frame whose STX
+    // lies late in the first report reads zeros past the report's end.
+    std::array<std::uint8_t, hid_report_data + hid_piece> report{};
+    std::size_t start = 0;
+    for (int read = 0;; ++read) {
+        if (read == stx_search_reads) return status_no_stx;
+        std::fill(report.begin(), report.end(), 0);
+        const int status = hid_read_report(handle, std::span(report).first(hid_report_data));
+        if (status != status_ok) return status;
+        const auto* hit = std::find(report.begin(), report.begin() + stx_search_end + 1, stx);
+        if (hit != report.begin() + stx_search_end + 1) {
+            start = static_cast<std::size_t>(hit - report.begin());
+            break;
+        }
+    }
+
+    total = ((std::size_t{report[start + 1]} << 8) | report[start + 2]) + frame_overhead;
+    if (total > frame.size()) return status_reply_too_long;
+    std::size_t received = std::min(total, hid_piece);
+    std::copy_n(report.begin() + static_cast<std::ptrdiff_t>(start), received, frame.begin());
+    while (received < total) {
+        const int status = hid_read_report(handle, std::span(report).first(hid_report_data));
+        if (status != status_ok) return status;
+        const std::size_t piece = std::min(hid_piece, total - received);
+        std::copy_n(report.begin(), piece, frame.begin() + static_cast<std::ptrdiff_t>(received));
+        received += piece;
+    }
+
+    if (frame[total - 1] != etx) return status_bad_etx;
+    return frame_check(frame.subspan(3, total - 4));
+}
+
+int serial_send_frame(int handle, std::span<const std::uint8_t> frame) {
+    auto& os = platform::current();
+    os.serial_purge(handle);
+    for (std::uint8_t byte : frame)
+        if (!os.serial_write(handle, byte)) return status_serial_write_failed;
+    return status_ok;
+}
+
+int serial_read_byte(int handle, std::uint8_t& byte) {
+    auto& os = platform::current();
+    const std::uint32_t start = os.tick_ms();
+    for (;;) {
+        switch (os.serial_read(handle, byte)) {
+            case platform::ByteRead::received: return status_ok;
+            case platform::ByteRead::failed: return status_serial_read_failed;
+            case platform::ByteRead::timed_out: break;
+        }
+        if (elapsed_since(start) >= link_state().read_ms) return status_ok;
+    }
+}
+
+int serial_receive_frame(int handle, std::size_t& total, std::span<std::uint8_t> frame) {
+    // A byte that does not come in time stays 0 and the reading goes on.
+    auto read_into = [&](std::size_t offset) {
+        frame[offset] = 0;
+        return serial_read_byte(handle, frame[offset]);
+    };
+    total = 0;
+    if (int status = read_into(0); status != status_ok) return status;
+    if (frame[0] != stx) return status_no_stx;
+    for (std::size_t offset : {1, 2})
+        if (int status = read_into(offset); status != status_ok) return status;
+
+    total = ((std::size_t{frame[1]} << 8) | frame[2]) + frame_overhead;
+    if (total > frame.size()) return status_reply_too_long;
+    for (std::size_t offset = 3; offset < total; ++offset)
+        if (int status = read_into(offset); status != status_ok) return status;
+
+    if (frame[total - 1] != etx) return status_bad_etx;
+    return frame_check(frame.subspan(3, total - 4));
+}
+
+std::int16_t dev_transact(int icdev, std::span<const std::uint8_t> payload, int& reply_length,
+                          std::span<std::uint8_t> reply) {
+    if (icdev < 1) return status_no_device;
+    reply_length = 0;
+    if (!reply.empty()) reply[0] = 0;
+
+    const bool hid = link_state().kind == LinkKind::hid;
+    std::span<std::uint8_t> frame = frame_buffer();
+    int status = status_frame_too_long;
+    if (payload.size() <= max_payload_length) {
+        const auto request = frame.first(payload.size() + frame_overhead);
+        build_frame(payload, request);
+        status = hid ? hid_send_frame(icdev, request) : serial_send_frame(icdev, request);
+    }
+    if (status != status_ok) {
+        link_log(log_format("send return %d.", status));
+        return static_cast<std::int16_t>(status);
+    }
+
+    // The reply frame may hold at most the reply area's worth of data.
+    std::size_t total = 0;
+    const auto receive_area = frame.first(std::min(frame.size(), reply.size() + frame_overhead + 3));
+    status = hid ? hid_receive_frame(icdev, total, receive_area) : serial_receive_frame(icdev, total, receive_area);
+    if (status != status_ok) {
+        link_log(log_format("receive return %d.", status));
+        return static_cast<std::int16_t>(status);
+    }
+
+    if (frame[3] != 0 || frame[4] != 0) return static_cast<std::int16_t>(-(frame[3] * 256 + frame[4]));
+    reply_length = static_cast<int>(total) - static_cast<int>(frame_overhead) - 3;
+    if (reply_length > 0) std::copy_n(frame.begin() + 6, reply_length, reply.begin());
+    return status_ok;
+}
+
+}  // namespace qz::link

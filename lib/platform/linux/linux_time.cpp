@@ -1,0 +1,36 @@
+#include <ctime>
+#include <cerrno>
+
+#include "platform/linux/linux_platform.h"
+
+namespace qz::platform {
+
+std::uint32_t LinuxPlatform::tick_ms() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<std::uint32_t>(static_cast<std::uint64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1'000'000);
+}
+
+void LinuxPlatform::sleep_ms(std::uint32_t ms) {
+    timespec wanted{static_cast<time_t>(ms / 1000), static_cast<long>(ms % 1000) * 1'000'000};
+    while (nanosleep(&wanted, &wanted) == -1 && errno == EINTR) {
+    }
+}
+
+LocalTime LinuxPlatform::local_time() {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    tm parts{};
+    localtime_r(&now.tv_sec, &parts);
+    return LocalTime{
+        .year = parts.tm_year + 1900,
+        .month = parts.tm_mon + 1,
+        .day = parts.tm_mday,
+        .hour = parts.tm_hour,
+        .minute = parts.tm_min,
+        .second = parts.tm_sec,
+        .millisecond = static_cast<int>(now.tv_nsec / 1'000'000),
+    };
+}
+
+}  // namespace qz::platform

@@ -1,0 +1,224 @@
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "link/link_state.h"
+#include "link/transact.h"
+#include "support/scripted_platform.h"
+
+namespace qz::test {
+namespace {
+
+class HidTransact : public ::testing::Test {
+protected:
+    void SetUp() override {
+        terminal.platform.hid_devices.push_back({.path = "/dev/hidraw0"});
+        handle = terminal.platform.hid_open("/dev/hidraw0");
+        link::link_state().kind = link::LinkKind::hid;
+        link::link_state().hid_report_length = 256;
+        link::set_link_timeouts(5000, 0);
+    }
+
+    int transact(const Bytes& payload) { return link::dev_transact(handle, payload, length, reply); }
+
+    Bytes report(std::size_t offset, const Bytes& bytes) {
+        Bytes r(300, 0);
+        r[0] = 6;
+        std::copy(bytes.begin(), bytes.end(), r.begin() + 1 + static_cast<std::ptrdiff_t>(offset));
+        return r;
+    }
+
+    ScriptedTerminal terminal;
+    ScriptedPlatform& os = terminal.platform;
+    int handle = 0;
+    int length = -1;
+    std::array<std::uint8_t, 1024> reply{};
+};
+
+// Payload sizes giving frames of 254, 255, 508 and 509 bytes.
+TEST_F(HidTransact, RequestIsCutInPiecesOf254) {
+    struct Case {
+        std::size_t frame;
+        std::vector<std::size_t> pieces;
+    };
+    for (const Case& c : {Case{254, {254}}, Case{255, {254, 1}}, Case{508, {254, 254}}, Case{509, {254, 254, 1}}}) {
+        os.written_reports.clear();
+        Bytes payload(c.frame - 5);
+        for (std::size_t i = 0; i < payload.size(); ++i) payload[i] = static_cast<std::uint8_t>(i * 7 + 1);
+        ASSERT_EQ(transact(payload), 0) << c.frame;
+        const Bytes frame = make_frame(payload);
+        ASSERT_EQ(os.written_reports.size(), c.pieces.size()) << c.frame;
+        std::size_t at = 0;
+        for (std::size_t i = 0; i < c.pieces.size(); ++i) {
+            const Bytes& written = os.written_reports[i];
+            ASSERT_EQ(written.size(), 256u);
+            EXPECT_EQ(written[0], 6);
+            EXPECT_TRUE(std::equal(frame.begin() + static_cast<std::ptrdiff_t>(at),
+                                   frame.begin() + static_cast<std::ptrdiff_t>(at + c.pieces[i]), written.begin() + 1));
+            EXPECT_TRUE(std::all_of(written.begin() + 1 + static_cast<std::ptrdiff_t>(c.pieces[i]), written.end(),
+                                    [](auto b) { return b == 0; }));
+            at += c.pieces[i];
+        }
+    }
+}
+
+TEST_F(HidTransact, ReplyNeedsOneReadPer254Bytes) {
+    for (auto [frame_size, reads] : {std::pair{254, 1}, std::pair{255, 2}, std::pair{509, 3}}) {
+        const Bytes data(static_cast<std::size_t>(frame_size) - 8, 0x5C);
+        os.respond = [&](const Bytes&) { return make_reply(0, data); };
+        os.get_feature_calls = 0;
+        ASSERT_EQ(transact({0x00, 0x01, 0x00}), 0);
+        EXPECT_EQ(os.get_feature_calls, reads) << frame_size;
+        EXPECT_EQ(length, frame_size - 8);
+        EXPECT_TRUE(std::equal(data.begin(), data.end(), reply.begin()));
+    }
+}
+
+TEST_F(HidTransact, StatusWordsBecomeResults) {
+    struct Case {
+        std::uint16_t status;
+        int result;
+    };
+    for (const Case& c : {Case{0x0005, -5}, Case{0x6A82, -27266}, Case{0x8000, -32768}, Case{0x8001, 32767},
+                          Case{0x9000, 28672}, Case{0xFFFF, 1}}) {
+        os.respond = [&](const Bytes&) { return make_reply(c.status, {0x11, 0x22}); };
+        reply.fill(0xEE);
+        EXPECT_EQ(transact({0x00, 0x01, 0x00}), c.result) << std::hex << c.status;
+        EXPECT_EQ(length, 0);
+        EXPECT_EQ(reply[0], 0);     // cleared at the start, data not passed on
+        EXPECT_EQ(reply[1], 0xEE);  // and nothing written behind it
+    }
+}
+
+TEST_F(HidTransact, ShortReplyLengths) {
+    os.respond = [](const Bytes&) { return make_reply(0); };
+    EXPECT_EQ(transact({0x00}), 0);
+    EXPECT_EQ(length, 0);
+    // LEN below 3 with zero status bytes: the length goes below zero, no data.
+    for (auto [payload, expected] : {std::pair{Bytes{0x00, 0x00}, -1}, std::pair{Bytes{0x00}, -2}}) {
+        os.respond = [p = payload](const Bytes&) { return make_frame(p); };
+        reply.fill(0xEE);
+        EXPECT_EQ(transact({0x00}), 0);
+        EXPECT_EQ(length, expected);
+        EXPECT_EQ(reply[1], 0xEE);
+    }
+}
+
+TEST_F(HidTransact, DeviceBelowOneTouchesNothing) {
+    for (int device : {0, -1}) {
+        reply[0] = 0x77;
+        length = 99;
+        EXPECT_EQ(link::dev_transact(device, Bytes{0x00, 0x01, 0x00}, length, reply), -33);
+        EXPECT_EQ(length, 99);
+        EXPECT_EQ(reply[0], 0x77);
+    }
+    EXPECT_TRUE(os.written_reports.empty());
+}
+
+TEST_F(HidTransact, StxIsSearchedUpToOffset254OfEachReport) {
+    // A frame starting at offset 7 takes 254 bytes from there; the next report continues at 0.
+    const Bytes frame = make_reply(0, Bytes(300, 0x33));
+    os.respond = [](const Bytes&) { return Bytes{}; };
+    os.hid_reports.push_back(report(7, Bytes(frame.begin(), frame.begin() + 254)));
+    os.hid_reports.push_back(report(0, Bytes(frame.begin() + 254, frame.end())));
+    ASSERT_EQ(transact({0x00}), 0);
+    EXPECT_EQ(length, 300);
+    EXPECT_EQ(reply[299], 0x33);
+
+    const Bytes small = make_reply(0, {});
+    Bytes at_254 = report(254, {0x02});
+    os.hid_reports.push_back(at_254);  // found at 254; its LEN and the rest read as zeros past the report
+    EXPECT_NE(transact({0x00}), -34);
+
+    os.hid_reports.clear();
+    for (int i = 0; i < 4; ++i) os.hid_reports.push_back(report(255, small));
+    os.get_feature_calls = 0;
+    EXPECT_EQ(transact({0x00}), -34);
+    EXPECT_EQ(os.get_feature_calls, 3);
+}
+
+TEST_F(HidTransact, ThreeEmptyReportsGiveNoStxAndNoFourthRead) {
+    os.respond = [](const Bytes&) { return Bytes{}; };
+    for (int i = 0; i < 5; ++i) os.hid_reports.push_back(report(0, {}));
+    os.get_feature_calls = 0;
+    EXPECT_EQ(transact({0x00}), -34);
+    EXPECT_EQ(os.get_feature_calls, 3);
+    EXPECT_EQ(reply[0], 0);
+    EXPECT_EQ(length, 0);
+}
+
+TEST_F(HidTransact, SilenceTimesOutAfterReadMs) {
+    os.respond = [](const Bytes&) { return Bytes{}; };
+    link::set_link_timeouts(300, 0);
+    const std::uint32_t start = os.now_ms;
+    EXPECT_EQ(transact({0x00, 0x01, 0x00}), -17);
+    EXPECT_GE(os.now_ms - start, 300u);
+    EXPECT_LT(os.now_ms - start, 400u);
+}
+
+TEST_F(HidTransact, BrokenFramesAreRefused) {
+    Bytes frame = make_reply(0, {0x01, 0x02});
+    Bytes bad_etx = frame;
+    bad_etx.back() = 0x04;
+    Bytes bad_bcc = frame;
+    bad_bcc[bad_bcc.size() - 2] ^= 0x40;
+    for (auto [stream, result] : {std::pair{bad_etx, -35}, std::pair{bad_bcc, -36}}) {
+        os.respond = [s = stream](const Bytes&) { return s; };
+        EXPECT_EQ(transact({0x00}), result);
+        EXPECT_EQ(length, 0);
+        EXPECT_EQ(reply[0], 0);
+    }
+}
+
+TEST_F(HidTransact, ReplyLargerThanTheReplyAreaIsRefused) {
+    os.respond = [](const Bytes&) { return make_reply(0, Bytes(20, 0x44)); };
+    std::array<std::uint8_t, 16> small{};
+    std::array<std::uint8_t, 4> guard{0xAB, 0xAB, 0xAB, 0xAB};
+    EXPECT_EQ(link::dev_transact(handle, Bytes{0x00}, length, std::span(small)), -38);
+    EXPECT_EQ(length, 0);
+    EXPECT_EQ(guard[0], 0xAB);
+
+    std::array<std::uint8_t, 20> exact{};
+    EXPECT_EQ(link::dev_transact(handle, Bytes{0x00}, length, std::span(exact)), 0);
+    EXPECT_EQ(length, 20);
+    EXPECT_EQ(exact[19], 0x44);
+
+    // A LEN beyond any frame buffer: refused after the first report, no further reads.
+    os.respond = [](const Bytes&) { return Bytes{0x02, 0xFF, 0xFF, 0x00, 0x00, 0x00}; };
+    os.get_feature_calls = 0;
+    EXPECT_EQ(transact({0x00}), -38);
+    EXPECT_EQ(os.get_feature_calls, 1);
+}
+
+TEST_F(HidTransact, OversizedRequestIsRefusedBeforeSending) {
+    EXPECT_EQ(transact(Bytes(65526, 0x00)), -37);
+    EXPECT_TRUE(os.written_reports.empty());
+    EXPECT_EQ(transact(Bytes(65525, 0x00)), 0);
+}
+
+TEST_F(HidTransact, WriteGapAndSettleTimePerReport) {
+    link::set_link_timeouts(5000, 10);
+    const std::uint32_t start = os.now_ms;
+    ASSERT_EQ(transact(Bytes(300, 0x01)), 0);  // two reports
+    EXPECT_EQ(os.now_ms - start, 2u * (10 + 5));
+}
+
+TEST_F(HidTransact, ReportLengthAboveTheBufferIsClamped) {
+    link::link_state().hid_report_length = 1000;
+    ASSERT_EQ(transact({0x00, 0x01, 0x00}), 0);
+    EXPECT_EQ(os.written_reports.back().size(), 300u);
+}
+
+TEST_F(HidTransact, RefusedReportAndUnknownHandle) {
+    EXPECT_EQ(link::dev_transact(handle + 100, Bytes{0x00}, length, reply), -1);
+    EXPECT_EQ(link::hid_write_report(0, Bytes{0x00}), -18);
+    EXPECT_EQ(link::hid_read_report(0, reply), -18);
+}
+
+TEST_F(HidTransact, NoLinkKindTakesTheSerialPath) {
+    link::link_state().kind = link::LinkKind::none;
+    EXPECT_EQ(link::dev_transact(4242, Bytes{0x00, 0x01, 0x00}, length, reply), -24);
+}
+
+}  // namespace
+}  // namespace qz::test

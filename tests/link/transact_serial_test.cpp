@@ -1,0 +1,98 @@
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "link/link_state.h"
+#include "link/transact.h"
+#include "support/scripted_platform.h"
+
+namespace qz::test {
+namespace {
+
+class SerialTransact : public ::testing::Test {
+protected:
+    void SetUp() override {
+        os.serial_ports["COM1"] = {};
+        handle = os.serial_open("COM1", {.baud = 9600, .read_timeout_ms = 100});
+        link::link_state().kind = link::LinkKind::serial;
+        link::set_link_timeouts(1000, 0);
+    }
+
+    int transact(const Bytes& payload) { return link::dev_transact(handle, payload, length, reply); }
+
+    ScriptedTerminal terminal;
+    ScriptedPlatform& os = terminal.platform;
+    int handle = 0;
+    int length = -1;
+    std::array<std::uint8_t, 512> reply{};
+};
+
+TEST_F(SerialTransact, FrameGoesOutWholeAfterAPurge) {
+    os.respond = [](const Bytes&) { return make_reply(0, {0x41, 0x42}); };
+    ASSERT_EQ(transact({0x00, 0x01, 0x00}), 0);
+    EXPECT_EQ(os.purges, 1);
+    EXPECT_EQ(os.serial_written, (Bytes{0x02, 0x00, 0x03, 0x00, 0x01, 0x00, 0x01, 0x03}));
+    EXPECT_EQ(length, 2);
+    EXPECT_EQ(reply[0], 0x41);
+    EXPECT_EQ(reply[1], 0x42);
+}
+
+TEST_F(SerialTransact, SilenceGivesNoStxAfterOneReadTime) {
+    os.respond = [](const Bytes&) { return Bytes{}; };
+    const std::uint32_t start = os.now_ms;
+    EXPECT_EQ(transact({0x00, 0x01, 0x00}), -34);
+    EXPECT_GE(os.now_ms - start, 1000u);
+    EXPECT_LE(os.now_ms - start, 1100u);
+}
+
+TEST_F(SerialTransact, GarbageBeforeStxIsNotSkipped) {
+    os.respond = [](const Bytes&) {
+        Bytes stream{0xFF, 0x00};
+        const Bytes frame = make_reply(0);
+        stream.insert(stream.end(), frame.begin(), frame.end());
+        return stream;
+    };
+    EXPECT_EQ(transact({0x00}), -34);
+    // The next exchange purges the rest and works.
+    os.respond = [](const Bytes&) { return make_reply(0, {0x07}); };
+    EXPECT_EQ(transact({0x00}), 0);
+    EXPECT_EQ(reply[0], 0x07);
+}
+
+TEST_F(SerialTransact, CutFrameWaitsForEachMissingByte) {
+    const Bytes whole = make_reply(0, Bytes(10, 0x21));
+    for (std::size_t cut : {std::size_t{1}, std::size_t{4}}) {
+        os.respond = [&](const Bytes&) { return Bytes(whole.begin(), whole.end() - static_cast<std::ptrdiff_t>(cut)); };
+        const std::uint32_t start = os.now_ms;
+        const int result = transact({0x00});
+        EXPECT_TRUE(result == -35 || result == -36) << result;
+        EXPECT_GE(os.now_ms - start, cut * 1000u);
+        EXPECT_EQ(length, 0);
+    }
+}
+
+TEST_F(SerialTransact, StatusAndChecksAsOnHid) {
+    Bytes bad_bcc = make_reply(0, {0x01});
+    bad_bcc[bad_bcc.size() - 2] ^= 1;
+    Bytes bad_etx = make_reply(0, {0x01});
+    bad_etx.back() = 0x00;
+    struct Case {
+        Bytes stream;
+        int result;
+    };
+    for (const Case& c : {Case{make_reply(0x6A82, {0x01}), -27266}, Case{bad_bcc, -36}, Case{bad_etx, -35},
+                          Case{{0x02, 0xFF, 0xF8}, -38}}) {
+        os.respond = [&](const Bytes&) { return c.stream; };
+        EXPECT_EQ(transact({0x00}), c.result);
+        EXPECT_EQ(length, 0);
+        EXPECT_EQ(reply[0], 0);
+    }
+}
+
+TEST_F(SerialTransact, UnknownHandleFailsOnTheFirstWrite) {
+    EXPECT_EQ(link::dev_transact(handle + 50, Bytes{0x00, 0x01, 0x00}, length, reply), -24);
+    EXPECT_EQ(link::serial_read_byte(handle + 50, reply[0]), -25);
+}
+
+}  // namespace
+}  // namespace qz::test
