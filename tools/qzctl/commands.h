@@ -1,0 +1,17 @@
+// Each group of commands adds its subcommands to the program.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+#include "output.h"
+#include "session.h"
+
+namespace qzctl {
+
+// The action a subcommand runs once the command line is parsed.
+using Action = std::function<void(Session&, Output&)>;
+
+void add_device_commands(CLI::App& app, Action& action);
+
+}  // namespace qzctl

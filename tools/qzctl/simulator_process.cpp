@@ -1,0 +1,92 @@
+#include "simulator_process.h"
+
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+#include <vector>
+
+#include "session.h"
+
+namespace qzctl {
+namespace fs = std::filesystem;
+namespace {
+
+// qzsim beside this program's build or install location, else on the PATH.
+std::string find_qzsim() {
+    if (const char* given = std::getenv("QZ_32_QZSIM")) return given;
+    std::error_code error;
+    const fs::path self = fs::read_symlink("/proc/self/exe", error);
+    if (!error) {
+        for (const fs::path& candidate : {self.parent_path() / "qzsim", self.parent_path() / ".." / "qzsim" / "qzsim"})
+            if (fs::exists(candidate, error)) return candidate.string();
+    }
+    return "qzsim";
+}
+
+bool wait_for(const fs::path& path, int child) {
+    for (int i = 0; i < 500; ++i) {
+        std::error_code error;
+        if (fs::exists(path, error)) return true;
+        if (waitpid(child, nullptr, WNOHANG) == child) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return false;
+}
+
+}  // namespace
+
+SimulatorProcess::SimulatorProcess(const std::string& scenario, bool serial_only) {
+    std::string pattern = (fs::temp_directory_path() / "qzsim-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) throw Failure(exit_simulator, "cannot create a folder for the simulator");
+    folder_ = pattern;
+    fs::create_directory(fs::path(folder_) / "ports");
+    fs::create_directory(fs::path(folder_) / "hid");
+    hid_ = !serial_only && access("/dev/fuse", R_OK | W_OK) == 0;
+
+    std::vector<std::string> arguments{find_qzsim(), "--serial", folder_ + "/ports"};
+    if (hid_) arguments.insert(arguments.end(), {"--hid", folder_ + "/hid"});
+    if (!scenario.empty()) arguments.insert(arguments.end(), {"--scenario", scenario});
+
+    pid_ = fork();
+    if (pid_ < 0) throw Failure(exit_simulator, "cannot start the simulator");
+    if (pid_ == 0) {
+        std::vector<char*> argv;
+        for (auto& argument : arguments) argv.push_back(argument.data());
+        argv.push_back(nullptr);
+        if (std::getenv("QZCTL_SIM_VERBOSE") == nullptr && freopen("/dev/null", "w", stdout) == nullptr) _exit(127);
+        execvp(argv[0], argv.data());
+        _exit(127);
+    }
+    const bool ready = wait_for(fs::path(folder_) / "ports" / "COM1", pid_) &&
+                       (!hid_ || wait_for(fs::path(folder_) / "hid" / "hidraw0", pid_));
+    if (!ready) {
+        kill(pid_, SIGTERM);
+        waitpid(pid_, nullptr, 0);
+        std::error_code ignored;
+        fs::remove_all(folder_, ignored);
+        throw Failure(exit_simulator, "the simulator (" + arguments[0] + ") did not start");
+    }
+    setenv("QZ_32_PORTS_DIR", (folder_ + "/ports").c_str(), 1);
+    setenv("QZ_32_HIDRAW_DIR", (folder_ + "/hid").c_str(), 1);
+}
+
+SimulatorProcess::~SimulatorProcess() {
+    if (pid_ > 0) {
+        kill(pid_, SIGTERM);
+        waitpid(pid_, nullptr, 0);
+    }
+    std::error_code ignored;
+    fs::remove_all(folder_, ignored);
+}
+
+std::string SimulatorProcess::description() const {
+    return "simulator: serial line " + folder_ + "/ports/COM1" +
+           (hid_ ? ", HID node " + folder_ + "/hid/hidraw0" : " (no HID node: /dev/fuse is not usable)") + "\n";
+}
+
+}  // namespace qzctl
