@@ -100,9 +100,4 @@ bool LinuxPlatform::hid_get_feature(int handle, std::span<std::uint8_t> report) 
     return ioctl_retrying(handle, HIDIOCGFEATURE(report.size()), report.data()) >= 0;
 }
 
-bool LinuxPlatform::close(int handle) {
-    if (!handles_.remove(handle)) return false;
-    return ::close(handle) == 0;
-}
-
 }  // namespace qz::platform

@@ -1,6 +1,10 @@
 // The platform on Linux: hidraw nodes, termios serial ports, POSIX clocks.
 #pragma once
 
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+
 #include "platform/handle_registry.h"
 #include "platform/platform.h"
 
@@ -27,7 +31,18 @@ public:
     bool close(int handle) override;
 
 private:
+    // Bytes read from a serial port ahead of the caller, so that a frame costs one
+    // system call per burst rather than per byte.
+    struct SerialInput {
+        std::uint8_t bytes[4096];
+        std::size_t next = 0;
+        std::size_t end = 0;
+    };
+    SerialInput& serial_input(int handle);
+
     HandleRegistry handles_;
+    std::mutex input_mutex_;
+    std::unordered_map<int, std::unique_ptr<SerialInput>> inputs_;
 };
 
 // Device path behind a port name: the link COMn in the ports folder if there is

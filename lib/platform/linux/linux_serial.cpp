@@ -96,8 +96,18 @@ int LinuxPlatform::serial_open(const std::string& name, const SerialSettings& wa
     return fd;
 }
 
+LinuxPlatform::SerialInput& LinuxPlatform::serial_input(int handle) {
+    std::lock_guard guard(input_mutex_);
+    auto& input = inputs_[handle];
+    if (!input) input = std::make_unique<SerialInput>();
+    return *input;
+}
+
 void LinuxPlatform::serial_purge(int handle) {
-    if (handles_.is(handle, HandleKind::serial)) ::tcflush(handle, TCIOFLUSH);
+    if (!handles_.is(handle, HandleKind::serial)) return;
+    ::tcflush(handle, TCIOFLUSH);
+    SerialInput& input = serial_input(handle);
+    input.next = input.end = 0;
 }
 
 bool LinuxPlatform::serial_write(int handle, std::uint8_t byte) {
@@ -118,13 +128,23 @@ bool LinuxPlatform::serial_write(int handle, std::uint8_t byte) {
 ByteRead LinuxPlatform::serial_read(int handle, std::uint8_t& byte) {
     const auto info = handles_.find(handle);
     if (!info || info->kind != HandleKind::serial) return ByteRead::failed;
+    SerialInput& input = serial_input(handle);
+    if (input.next < input.end) {
+        byte = input.bytes[input.next++];
+        return ByteRead::received;
+    }
     pollfd ready{.fd = handle, .events = POLLIN, .revents = 0};
     const int polled = ::poll(&ready, 1, static_cast<int>(std::min<std::uint32_t>(info->read_timeout_ms, 1u << 30)));
     if (polled < 0) return errno == EINTR ? ByteRead::timed_out : ByteRead::failed;
     if (polled == 0) return ByteRead::timed_out;
     if ((ready.revents & POLLIN) == 0) return ByteRead::failed;  // hung up or in error
-    const ssize_t got = ::read(handle, &byte, 1);
-    if (got == 1) return ByteRead::received;
+    const ssize_t got = ::read(handle, input.bytes, sizeof input.bytes);
+    if (got > 0) {
+        input.next = 1;
+        input.end = static_cast<std::size_t>(got);
+        byte = input.bytes[0];
+        return ByteRead::received;
+    }
     if (got < 0 && (errno == EAGAIN || errno == EINTR)) return ByteRead::timed_out;
     return ByteRead::failed;
 }
