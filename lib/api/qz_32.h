@@ -125,7 +125,10 @@ QZ_32_API int ICC_PowerOn_Baud(int icdev, unsigned char slot, unsigned char baud
 QZ_32_API int ICC_Reset(int icdev, unsigned char slot, unsigned char *atr, unsigned char *atr_length);
 QZ_32_API int ICC_Reset_Baud(int icdev, unsigned char slot, unsigned char baud, unsigned char *atr, unsigned char *atr_length);
 /* Follows 61xx and 6Cxx; the card's final status words end `response` (up to 1024
- * bytes). 0 says only that the link worked. */
+ * bytes). 0 says only that the link worked. At most 64 further commands follow a
+ * card's 61xx and 6Cxx answers; a card still asking then gets no more, and its last
+ * reply is handed over as it stands. A response that would outgrow 1024 bytes
+ * (2048 for the _hex twin) gives -38 and nothing. APDUs up to 1021 bytes (2045). */
 QZ_32_API int ICC_CommandExchange(int icdev, unsigned char slot, const unsigned char *command, unsigned short command_length, unsigned char *response, unsigned short *response_length);
 /* As ICC_CommandExchange in hex text, up to 2048 bytes each way; -1 on bad hex. */
 QZ_32_API int ICC_CommandExchange_hex(int icdev, unsigned char slot, const char *command, char *response);

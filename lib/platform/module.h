@@ -14,11 +14,14 @@ class Module {
 public:
     // Through the system's search for libraries.
     static Module load(std::string_view name);
-    // From `folder` only.
+    // From `folder` only (an empty folder loads nothing).
     static Module load_from(const std::filesystem::path& folder, std::string_view name);
 
     Module(Module&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
-    Module& operator=(Module&&) = delete;
+    Module& operator=(Module&& other) noexcept {
+        std::swap(handle_, other.handle_);
+        return *this;
+    }
     Module(const Module&) = delete;
     Module& operator=(const Module&) = delete;
     ~Module();

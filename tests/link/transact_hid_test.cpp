@@ -157,11 +157,9 @@ TEST_F(HidTransact, SilenceTimesOutAfterReadMs) {
 }
 
 TEST_F(HidTransact, BrokenFramesAreRefused) {
-    Bytes frame = make_reply(0, {0x01, 0x02});
-    Bytes bad_etx = frame;
-    bad_etx.back() = 0x04;
-    Bytes bad_bcc = frame;
-    bad_bcc[bad_bcc.size() - 2] ^= 0x40;
+    ASSERT_EQ(make_reply(0, {0x01, 0x02}), (Bytes{0x02, 0x00, 0x05, 0x00, 0x00, 0x00, 0x01, 0x02, 0x03, 0x03}));
+    const Bytes bad_etx{0x02, 0x00, 0x05, 0x00, 0x00, 0x00, 0x01, 0x02, 0x03, 0x04};
+    const Bytes bad_bcc{0x02, 0x00, 0x05, 0x00, 0x00, 0x00, 0x01, 0x02, 0x43, 0x03};
     for (auto [stream, result] : {std::pair{bad_etx, -35}, std::pair{bad_bcc, -36}}) {
         os.respond = [s = stream](const Bytes&) { return s; };
         EXPECT_EQ(transact({0x00}), result);

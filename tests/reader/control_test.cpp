@@ -33,7 +33,7 @@ protected:
 
 TEST_F(Control, PayloadsOfTheSimpleCommands) {
     unsigned char state = 0;
-    unsigned char snr[20] = {1, 2, 3};
+    unsigned char snr[256] = {1, 2, 3};
     struct Case {
         std::function<int()> call;
         Bytes payload;

@@ -19,8 +19,10 @@ Bytes make_frame(const Bytes& payload) {
 }
 
 Bytes make_reply(std::uint16_t status, const Bytes& data) {
-    Bytes payload{static_cast<std::uint8_t>(status >> 8), static_cast<std::uint8_t>(status), 0x00};
-    payload.insert(payload.end(), data.begin(), data.end());
+    Bytes payload(3 + data.size());
+    payload[0] = static_cast<std::uint8_t>(status >> 8);
+    payload[1] = static_cast<std::uint8_t>(status);
+    std::copy(data.begin(), data.end(), payload.begin() + 3);
     return make_frame(payload);
 }
 
@@ -77,6 +79,8 @@ bool ScriptedPlatform::hid_set_feature(int handle, std::span<const std::uint8_t>
     if (found == handles_.end() || !found->second.hid) return false;
     written_reports.emplace_back(report.begin(), report.end());
     if (report.empty() || report[0] != 6) return false;
+    // A new request makes the terminal drop whatever of an earlier reply is unread.
+    if (pending_request_.empty()) reply_reports_.clear();
     // A piece sits right behind the report id; the request's LEN tells its end.
     const std::size_t still_needed =
         pending_request_.size() < 3

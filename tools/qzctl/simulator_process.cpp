@@ -16,15 +16,12 @@ namespace qzctl {
 namespace fs = std::filesystem;
 namespace {
 
-// qzsim beside this program's build or install location, else on the PATH.
+// qzsim beside this program, else the one of the build tree, else on the PATH.
 std::string find_qzsim() {
-    if (const char* given = std::getenv("QZ_32_QZSIM")) return given;
     std::error_code error;
     const fs::path self = fs::read_symlink("/proc/self/exe", error);
-    if (!error) {
-        for (const fs::path& candidate : {self.parent_path() / "qzsim", self.parent_path() / ".." / "qzsim" / "qzsim"})
-            if (fs::exists(candidate, error)) return candidate.string();
-    }
+    if (!error && fs::exists(self.parent_path() / "qzsim", error)) return (self.parent_path() / "qzsim").string();
+    if (fs::exists(QZCTL_BUILD_QZSIM, error)) return QZCTL_BUILD_QZSIM;
     return "qzsim";
 }
 
@@ -46,6 +43,7 @@ SimulatorProcess::SimulatorProcess(const std::string& scenario, bool serial_only
     folder_ = pattern;
     fs::create_directory(fs::path(folder_) / "ports");
     fs::create_directory(fs::path(folder_) / "hid");
+    serial_only_ = serial_only;
     hid_ = !serial_only && access("/dev/fuse", R_OK | W_OK) == 0;
 
     std::vector<std::string> arguments{find_qzsim(), "--serial", folder_ + "/ports"};
@@ -85,8 +83,12 @@ SimulatorProcess::~SimulatorProcess() {
 }
 
 std::string SimulatorProcess::description() const {
-    return "simulator: serial line " + folder_ + "/ports/COM1" +
-           (hid_ ? ", HID node " + folder_ + "/hid/hidraw0" : " (no HID node: /dev/fuse is not usable)") + "\n";
+    std::string text = "simulator: serial line " + folder_ + "/ports/COM1";
+    if (hid_)
+        text += ", HID node " + folder_ + "/hid/hidraw0";
+    else if (!serial_only_)
+        text += " (no HID node: /dev/fuse is not usable)";
+    return text + "\n";
 }
 
 }  // namespace qzctl

@@ -19,6 +19,7 @@ public:
 private:
     std::string folder_;
     bool hid_ = false;
+    bool serial_only_ = false;
     int pid_ = -1;
 };
 

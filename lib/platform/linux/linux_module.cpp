@@ -1,4 +1,5 @@
 #include <dlfcn.h>
+#include <link.h>
 
 #include <algorithm>
 #include <cctype>
@@ -29,8 +30,9 @@ std::string module_file_name(std::string_view name) {
 Module Module::load(std::string_view name) { return Module(open_library(module_file_name(name))); }
 
 Module Module::load_from(const std::filesystem::path& folder, std::string_view name) {
+    if (folder.empty()) return Module(nullptr);
     std::filesystem::path file = folder / module_file_name(name);
-    // "./" keeps a relative folder (or none) from turning into a search.
+    // "./" keeps a relative folder from turning into a search.
     if (file.is_relative()) file = std::filesystem::path(".") / file;
     return Module(open_library(file.string()));
 }
@@ -43,11 +45,17 @@ void* Module::symbol(const char* name) const { return handle_ != nullptr ? dlsym
 
 std::filesystem::path own_module_folder() {
     Dl_info info{};
-    if (dladdr(reinterpret_cast<const void*>(&own_module_folder), &info) == 0 || info.dli_fname == nullptr ||
-        *info.dli_fname == '\0')
+    link_map* map = nullptr;
+    if (dladdr1(reinterpret_cast<const void*>(&own_module_folder), &info, reinterpret_cast<void**>(&map),
+                RTLD_DL_LINKMAP) == 0 || map == nullptr)
         return {};
-    std::error_code ignored;
-    return std::filesystem::absolute(info.dli_fname, ignored).parent_path();
+    // The main program has no name in its link map (a library built into it, as
+    // in the tests); a library has the path it was loaded by.
+    const std::filesystem::path file = *map->l_name != '\0' ? map->l_name : "/proc/self/exe";
+    std::error_code error;
+    std::filesystem::path resolved = std::filesystem::canonical(file, error);
+    if (error) resolved = std::filesystem::absolute(file, error);
+    return resolved.parent_path();
 }
 
 }  // namespace qz::platform

@@ -1,0 +1,133 @@
+#include "reader/hex.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "qz_32.h"
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+constexpr unsigned char sentinel = 0xA5;
+
+TEST(HexAsc, BytesGiveUpperCaseDigitsAndTerminator) {
+    const unsigned char source[]{0xAB, 0x01};
+    std::string text(6, '#');
+    ASSERT_EQ(hex_asc(source, text.data(), 2), 0);
+    EXPECT_EQ(text, std::string("AB01\0#", 6));
+}
+
+TEST(HexAsc, EveryByteValue) {
+    Bytes all(256);
+    std::string expected;
+    for (int value = 0; value < 256; ++value) {
+        all[value] = static_cast<unsigned char>(value);
+        char pair[3];
+        std::snprintf(pair, sizeof pair, "%02X", value);
+        expected += pair;
+    }
+    std::string text(513, '#');
+    ASSERT_EQ(hex_asc(all.data(), text.data(), 256), 0);
+    EXPECT_EQ(text, expected + '\0');
+}
+
+TEST(HexAsc, LengthZeroGivesTheEmptyText) {
+    std::string text(2, '#');
+    EXPECT_EQ(hex_asc(nullptr, text.data(), 0), 0);
+    EXPECT_EQ(text, std::string("\0#", 2));
+}
+
+TEST(HexAsc, NullTextIsRefused) {
+    const unsigned char source[]{1};
+    EXPECT_EQ(hex_asc(source, nullptr, 1), -19);
+}
+
+TEST(AscHex, EitherCaseIsTaken) {
+    for (const char* text : {"ab01", "AB01", "aB01", "Ab01"}) {
+        SCOPED_TRACE(text);
+        Bytes target(4, sentinel);
+        ASSERT_EQ(asc_hex(text, target.data(), 2), 0);
+        EXPECT_EQ(target, (Bytes{0xAB, 0x01, 0x00, sentinel}));
+    }
+}
+
+TEST(AscHex, BadDigitStopsWithTheBytesSoFarAndNoTerminator) {
+    Bytes target(3, sentinel);
+    EXPECT_EQ(asc_hex("12G4", target.data(), 2), -1);
+    EXPECT_EQ(target, (Bytes{0x12, sentinel, sentinel}));
+}
+
+// A bad character at every position of a text long enough for the chunked path,
+// for characters on both sides of each digit range and outside ASCII.
+TEST(AscHex, BadDigitAnywhereKeepsExactlyTheBytesBeforeIt) {
+    const std::string good = "0123456789abcdefABCDEF0123456789ABCDEFabcdef";
+    const Bytes good_bytes{0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF, 0xAB, 0xCD, 0xEF,
+                           0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF, 0xAB, 0xCD, 0xEF};
+    const std::size_t length = good_bytes.size();
+    for (char bad : {'/', ':', '@', 'G', '`', 'g', ' ', '\0', '\x80', '\xff', '-', 'x'})
+        for (std::size_t at = 0; at < good.size(); ++at) {
+            SCOPED_TRACE(testing::Message() << "char " << int(static_cast<unsigned char>(bad)) << " at " << at);
+            std::string text = good;
+            text[at] = bad;
+            Bytes target(length + 1, sentinel);
+            ASSERT_EQ(asc_hex(text.data(), target.data(), static_cast<unsigned int>(length)), -1);
+            Bytes expected(length + 1, sentinel);
+            std::copy(good_bytes.begin(), good_bytes.begin() + at / 2, expected.begin());
+            EXPECT_EQ(target, expected);
+        }
+}
+
+TEST(AscHex, LengthZeroWritesOnlyTheTerminator) {
+    Bytes target(2, sentinel);
+    EXPECT_EQ(asc_hex(nullptr, target.data(), 0), 0);
+    EXPECT_EQ(target, (Bytes{0x00, sentinel}));
+}
+
+TEST(AscHex, TextBeyondTheLengthIsNotLookedAt) {
+    Bytes target(4, sentinel);
+    EXPECT_EQ(asc_hex("ABCDZZ", target.data(), 2), 0);
+    EXPECT_EQ(target, (Bytes{0xAB, 0xCD, 0x00, sentinel}));
+}
+
+TEST(AscHex, NullTargetIsRefused) { EXPECT_EQ(asc_hex("00", nullptr, 1), -19); }
+
+TEST(HexConversions, RoundTripOnRandomBytesOfManyLengths) {
+    std::mt19937 rng(17);
+    for (std::size_t length : {1u, 7u, 8u, 9u, 16u, 17u, 100u, 4096u}) {
+        SCOPED_TRACE(length);
+        Bytes bytes(length);
+        for (auto& byte : bytes) byte = static_cast<unsigned char>(rng());
+        std::string text(2 * length + 1, '#');
+        ASSERT_EQ(hex_asc(bytes.data(), text.data(), static_cast<unsigned int>(length)), 0);
+        EXPECT_EQ(text.find_first_not_of("0123456789ABCDEF"), 2 * length);
+        Bytes back(length + 1, sentinel);
+        ASSERT_EQ(asc_hex(text.data(), back.data(), static_cast<unsigned int>(length)), 0);
+        EXPECT_TRUE(std::equal(bytes.begin(), bytes.end(), back.begin()));
+        EXPECT_EQ(back[length], 0);
+    }
+}
+
+TEST(FromHex, ConvertsAsManyBytesAsBothSpansAllow) {
+    const std::string odd = "A1B2C";  // the odd last digit is dropped
+    Bytes bytes(4, sentinel);
+    EXPECT_EQ(qz::reader::from_hex(odd, bytes), 2u);
+    EXPECT_EQ(bytes, (Bytes{0xA1, 0xB2, sentinel, sentinel}));
+
+    Bytes one(1, sentinel);
+    EXPECT_EQ(qz::reader::from_hex(odd, one), 1u);
+    EXPECT_EQ(one, Bytes{0xA1});
+}
+
+TEST(ToHex, WritesNoTerminator) {
+    const Bytes bytes{0x0F, 0xF0};
+    std::string text(5, '#');
+    qz::reader::to_hex(bytes, text);
+    EXPECT_EQ(text, "0FF0#");
+}
+
+}  // namespace
