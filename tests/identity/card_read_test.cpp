@@ -16,11 +16,7 @@ constexpr char untouched = '\x7F';
 class IdentityRead : public ::testing::Test {
 protected:
     void SetUp() override {
-        os.hid_devices.push_back({.path = "/dev/hidraw0"});
-        handle = os.hid_open("/dev/hidraw0");
-        link::link_state().kind = link::LinkKind::hid;
-        link::link_state().hid_report_length = 256;
-        link::set_link_timeouts(5000, 0);
+        handle = os.open_hid_link();
         base.fill(untouched);
         finger.fill(untouched);
         answer(read_reply_data({.text = ordinary_card()}));

@@ -12,11 +12,7 @@ namespace {
 class HidTransact : public ::testing::Test {
 protected:
     void SetUp() override {
-        terminal.platform.hid_devices.push_back({.path = "/dev/hidraw0"});
-        handle = terminal.platform.hid_open("/dev/hidraw0");
-        link::link_state().kind = link::LinkKind::hid;
-        link::link_state().hid_report_length = 256;
-        link::set_link_timeouts(5000, 0);
+        handle = terminal.platform.open_hid_link();
     }
 
     int transact(const Bytes& payload) { return link::dev_transact(handle, payload, length, reply); }

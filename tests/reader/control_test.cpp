@@ -15,11 +15,7 @@ namespace {
 class Control : public ::testing::Test {
 protected:
     void SetUp() override {
-        os.hid_devices.push_back({.path = "/dev/hidraw0"});
-        handle = os.hid_open("/dev/hidraw0");
-        link::link_state().kind = link::LinkKind::hid;
-        link::link_state().hid_report_length = 256;
-        link::set_link_timeouts(5000, 0);
+        handle = os.open_hid_link();
     }
     Bytes last_payload() const {
         const Bytes& frame = os.requests.back();

@@ -156,6 +156,15 @@ platform::ByteRead ScriptedPlatform::serial_read(int handle, std::uint8_t& byte)
     return platform::ByteRead::received;
 }
 
+int ScriptedPlatform::open_hid_link() {
+    hid_devices.push_back({.path = "/dev/hidraw0"});
+    const int handle = hid_open("/dev/hidraw0");
+    link::link_state().kind = link::LinkKind::hid;
+    link::link_state().hid_report_length = 256;
+    link::set_link_timeouts(5000, 0);
+    return handle;
+}
+
 bool ScriptedPlatform::close(int handle) {
     if (handles_.erase(handle) == 0) return false;
     closed.insert(handle);

@@ -77,8 +77,12 @@ public:
 
     bool close(int handle) override;
 
-    // Handle of an open port or device, for tests that open one directly.
+    // Number of handles open at the moment.
     int open_handles() const { return static_cast<int>(handles_.size()); }
+
+    // Adds the terminal's HID node and opens it the way open_device leaves the
+    // link: HID, report length 256, time-outs 5000 and 0. Gives the handle.
+    int open_hid_link();
 
 private:
     void take_request_bytes(std::span<const std::uint8_t> bytes);
