@@ -1,0 +1,54 @@
+// A terminal on an open HID link for the CPU card tests, answering from a queue.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <vector>
+
+#include "cards/contactless.h"
+#include "support/scripted_platform.h"
+
+namespace qz::test {
+
+// The payload of a whole request frame.
+inline Bytes payload_of(const Bytes& frame) { return Bytes(frame.begin() + 3, frame.end() - 2); }
+
+inline Bytes concat(std::initializer_list<Bytes> parts) {
+    Bytes all;
+    for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
+class CardTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        icdev = os.open_hid_link();
+        cards::saved_answer() = {};
+        // Each request takes the next reply frame; with none left, status 0 and no data.
+        os.respond = [this](const Bytes&) {
+            if (replies.empty()) return make_reply(0);
+            Bytes next = std::move(replies.front());
+            replies.pop_front();
+            return next;
+        };
+    }
+
+    // Queues reply frames with status 0 carrying `data`.
+    void answer(std::initializer_list<Bytes> data) {
+        for (const Bytes& d : data) replies.push_back(make_reply(0, d));
+    }
+
+    std::vector<Bytes> payloads() const {
+        std::vector<Bytes> all;
+        for (const Bytes& frame : os.requests) all.push_back(payload_of(frame));
+        return all;
+    }
+
+    ScriptedTerminal terminal;
+    ScriptedPlatform& os = terminal.platform;
+    std::deque<Bytes> replies;
+    int icdev = 0;
+};
+
+}  // namespace qz::test
