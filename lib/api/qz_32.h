@@ -104,11 +104,14 @@ QZ_32_API int pwd_decrypt(const unsigned char *data, unsigned char length, unsig
 
 /* ---- CPU cards: contactless session and contact slots 0..4 --------------------- */
 
-/* `mode` 0 or 1. `uid` and `ats` get the card's UID and answer to select. */
+/* `mode` 0 or 1. `uid` and `ats` get the card's UID and answer to select; -38 when the
+ * reply's UID or answer lengths run past its end. */
 QZ_32_API int OpenCard(int icdev, unsigned char mode, unsigned char *uid, unsigned char *ats, unsigned char *ats_length);
-/* As OpenCard, with hex text outputs; `*ats_length` counts characters. */
+/* As OpenCard, with hex text outputs; `*ats_length` counts characters (-38 for an
+ * answer over 127 bytes, which that count cannot hold). */
 QZ_32_API int OpenCard_hex(int icdev, unsigned char mode, char *uid, char *ats, unsigned char *ats_length);
-/* As OpenCard, keeping the answer for Reset_Card; leaves the read time-out at 1000 ms. */
+/* As OpenCard, keeping the answer for Reset_Card; leaves the read time-out at 1000 ms;
+ * -38 for an answer over 100 bytes. */
 QZ_32_API int Open_Card(int icdev, unsigned char mode, unsigned char *uid);
 /* Sends nothing: the answer kept by Open_Card (up to 100 bytes); -53 before any succeeded. */
 QZ_32_API int Reset_Card(int icdev, unsigned char *ats, unsigned char *ats_length);
@@ -354,9 +357,10 @@ QZ_32_API int mw_kb_getenpin(int icdev, int mode, const char *cardtext, char *ou
 QZ_32_API int mw_kb_getenpin_nb(int icdev, int mode, unsigned char keyno, char *outtext);
 
 /* ---- Bank cards --------------------------------------------------------------------- */
-/* PAN as ASCII digits (room: 38 bytes, or twice tag 57 plus 1), name as stored on the
- * card (room: 500 bytes), neither terminated. Besides 0: the status of opening the
- * card; -19 a selection, directory read or GPO failed; -21 a needed tag is missing. */
+/* PAN as ASCII digits (room: 38 bytes, or twice tag 57 plus 1; terminated only when it
+ * comes from tag 57), name as stored on the card (room: 500 bytes, not terminated).
+ * Besides 0: the status of opening the card; -19 a selection, directory read or GPO
+ * failed; -21 a needed tag is missing. */
 
 /* Contact or contactless, by dev_cardstate. */
 QZ_32_API int GetPanNoCardHldName(int icdev, unsigned char *sPan, unsigned short *nPanLen, unsigned char *sCardHldName, unsigned short *nCardHldNameLen);
