@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "sim/frame_codec.h"
 #include "sim/status.h"
 
 namespace qz::sim {
@@ -10,6 +11,8 @@ namespace {
 constexpr std::uint8_t control_class = 0x00;
 constexpr std::uint8_t max_speed_code = 4;
 constexpr std::size_t eeprom_header = 4;  // parameter, word, count_hi, count_lo
+// Reply data one frame holds: the frame less its five bytes and the status and reserved bytes.
+constexpr std::size_t max_reply_data = max_frame_length - frame_overhead - 3;
 
 Reply ok(std::span<const std::uint8_t> data = {}) { return {status::ok, {data.begin(), data.end()}}; }
 
@@ -18,7 +21,7 @@ std::size_t eeprom_count(std::span<const std::uint8_t> body) { return (std::size
 
 }  // namespace
 
-const std::array<ControlModel::Instruction, 10> ControlModel::instructions{{
+const std::array<ControlModel::Instruction, 11> ControlModel::instructions{{
     {0x01, 1, &ControlModel::version},
     {0x02, 4, &ControlModel::beep},
     {0x03, 2, &ControlModel::display},
@@ -29,6 +32,7 @@ const std::array<ControlModel::Instruction, 10> ControlModel::instructions{{
     {0x0A, std::nullopt, &ControlModel::write_eeprom},
     {0x0B, eeprom_header, &ControlModel::read_eeprom},
     {0x0F, 1, &ControlModel::registration_number},
+    {echo_instruction, std::nullopt, &ControlModel::echo},
 }};
 
 ControlModel::ControlModel(ControlConfig config, SharedState& shared) : config_(std::move(config)), shared_(shared) {}
@@ -102,6 +106,11 @@ Reply ControlModel::write_eeprom(std::span<const std::uint8_t> body) {
     if (!range) return Reply::failure(status::out_of_range);
     std::copy(data.begin(), data.end(), range->begin());
     return ok();
+}
+
+Reply ControlModel::echo(std::span<const std::uint8_t> body) {
+    if (body.size() > max_reply_data) return Reply::failure(status::wrong_length);
+    return ok(body);
 }
 
 }  // namespace qz::sim

@@ -1,5 +1,11 @@
 // Class 0x00: the terminal's own control commands (version, speed, buzzer,
-// display mode, card state, serial and registration numbers, EEPROM).
+// display mode, card state, serial and registration numbers, EEPROM), and one
+// diagnostic instruction of the simulator:
+//
+//   00 E0 <body>  echo: the reply data are the body (everything behind the
+//                 instruction byte) unchanged, up to the 65522 bytes a reply
+//                 frame holds; a longer body is refused with wrong_length.
+//                 For link tests and benchmarks with frames of any size.
 #pragma once
 
 #include <array>
@@ -20,6 +26,7 @@ inline constexpr std::size_t serial_number_length = 20;
 inline constexpr std::size_t max_eeprom_size = 512;
 inline constexpr std::size_t min_eeprom_size = 256;
 inline constexpr std::string_view default_version_text = "QZ-SIM V1.00";
+inline constexpr std::uint8_t echo_instruction = 0xE0;
 
 struct ControlConfig {
     std::vector<std::uint8_t> version{default_version_text.begin(), default_version_text.end()};
@@ -57,13 +64,14 @@ private:
     Reply registration_number(std::span<const std::uint8_t> body);
     Reply read_eeprom(std::span<const std::uint8_t> body);
     Reply write_eeprom(std::span<const std::uint8_t> body);
+    Reply echo(std::span<const std::uint8_t> body);
 
     struct Instruction {
         std::uint8_t code;
         std::optional<std::size_t> body_length;  // nothing: the command checks its own length
         Reply (ControlModel::*run)(std::span<const std::uint8_t>);
     };
-    static const std::array<Instruction, 10> instructions;
+    static const std::array<Instruction, 11> instructions;
 
     // The byte range of an EEPROM command (word, count_hi, count_lo in body[1..3]),
     // or nothing when it is odd or reaches past the end.

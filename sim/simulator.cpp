@@ -1,12 +1,21 @@
 #include "sim/simulator.h"
 
+#include "sim/card_reader_model.h"
 #include "sim/control_model.h"
+#include "sim/identity_model.h"
+#include "sim/keypad_model.h"
+#include "sim/pinpad_model.h"
 
 namespace qz::sim {
 
 std::shared_ptr<Terminal> make_terminal(const Scenario& scenario) {
     auto terminal = std::make_shared<Terminal>(FaultPlan(scenario.faults), scenario.shared);
     terminal->add_model(std::make_unique<ControlModel>(scenario.control, terminal->shared()));
+    terminal->add_model(std::make_unique<IdentityModel>(parse_identity(scenario.document)));
+    terminal->add_model(std::make_unique<KeypadModel>(parse_keypad(scenario.document)));
+    terminal->add_model(std::make_unique<PinPadModel>(parse_pinpad(scenario.document)));
+    if (const auto cards = parse_cards(scenario.document))
+        terminal->add_model(std::make_unique<CardReaderModel>(*cards, terminal->shared()));
     return terminal;
 }
 

@@ -12,6 +12,13 @@ inline constexpr std::uint16_t ok = 0x0000;
 inline constexpr std::uint16_t wrong_length = 0x6700;
 // A parameter is outside what the device holds (an EEPROM address, a count).
 inline constexpr std::uint16_t out_of_range = 0x6B00;
+// No one finished keying a PIN before the time-out.
+inline constexpr std::uint16_t entry_timed_out = 0x6400;
+// The data of the command make no sense to the device (an unknown letter, a PIN
+// too short for a PIN block).
+inline constexpr std::uint16_t wrong_data = 0x6A80;
+// A key that the command names has never been loaded.
+inline constexpr std::uint16_t key_missing = 0x6A88;
 // No device model answers this instruction of a known class.
 inline constexpr std::uint16_t instruction_unknown = 0x6D00;
 // No device model answers this class.

@@ -15,6 +15,10 @@ void Terminal::add_model(std::unique_ptr<DeviceModel> model) {
     const auto routes = model->routes();
     // All routes are checked before any is taken, so a refused model leaves nothing behind.
     for (const Route& route : routes) {
+        if (route.shared) {
+            if (route.instructions.empty()) throw std::logic_error("a shared route lists its instructions");
+            continue;
+        }
         const bool instructions_taken =
             route.instructions.empty()
                 ? serves_instructions_of(route.class_byte)
@@ -26,8 +30,12 @@ void Terminal::add_model(std::unique_ptr<DeviceModel> model) {
     }
     for (const Route& route : routes) {
         if (route.instructions.empty()) class_owner_[route.class_byte] = model.get();
-        for (std::uint8_t instruction : route.instructions)
-            instruction_owner_[{route.class_byte, instruction}] = model.get();
+        for (std::uint8_t instruction : route.instructions) {
+            if (route.shared)
+                instruction_sharers_.emplace(std::pair{route.class_byte, instruction}, model.get());
+            else
+                instruction_owner_[{route.class_byte, instruction}] = model.get();
+        }
     }
     models_.push_back(std::move(model));
 }
@@ -35,6 +43,9 @@ void Terminal::add_model(std::unique_ptr<DeviceModel> model) {
 Reply Terminal::execute(std::span<const std::uint8_t> payload) {
     if (payload.size() < 2) return Reply::failure(status::damaged_request);
     const Command command{payload};
+    const auto sharers = instruction_sharers_.equal_range({command.class_byte(), command.instruction()});
+    for (auto sharer = sharers.first; sharer != sharers.second; ++sharer)
+        if (sharer->second->takes(command)) return sharer->second->handle(command);
     if (DeviceModel* owner = class_owner_[command.class_byte()]) return owner->handle(command);
     if (auto found = instruction_owner_.find({command.class_byte(), command.instruction()});
         found != instruction_owner_.end())

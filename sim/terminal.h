@@ -33,9 +33,14 @@ struct Reply {
 
 // The part of the command space a model answers: one class, either all of its
 // instructions (none listed) or only those listed.
+//
+// A shared route lists instructions that another model owns as well (the firmware
+// tells the two apart by the body): the sharing model is asked first, through
+// DeviceModel::takes, and the owner gets what it leaves.
 struct Route {
     std::uint8_t class_byte = 0;
     std::vector<std::uint8_t> instructions;
+    bool shared = false;
 };
 
 class DeviceModel {
@@ -43,6 +48,8 @@ public:
     virtual ~DeviceModel() = default;
     virtual std::vector<Route> routes() const = 0;
     virtual Reply handle(const Command& command) = 0;
+    // For the instructions of a shared route: whether `command` is this model's.
+    virtual bool takes(const Command&) const { return true; }
 };
 
 // What the models see of the terminal as a whole.
@@ -87,6 +94,7 @@ private:
     std::vector<std::unique_ptr<DeviceModel>> models_;
     std::array<DeviceModel*, 256> class_owner_{};
     std::map<std::pair<std::uint8_t, std::uint8_t>, DeviceModel*> instruction_owner_;
+    std::multimap<std::pair<std::uint8_t, std::uint8_t>, DeviceModel*> instruction_sharers_;
     FaultPlan faults_;
     SharedState shared_;
 };

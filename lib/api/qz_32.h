@@ -99,7 +99,12 @@ QZ_32_API int rf_decrypt(const unsigned char *key, const unsigned char *data, un
 QZ_32_API int hex_asc(const unsigned char *source, char *text, unsigned int length);
 /* `length` counts output bytes; `target` needs `length` + 1. -1 on a non-hex character. */
 QZ_32_API int asc_hex(const char *text, unsigned char *target, unsigned int length);
-/* des_decrypt under the host's copy of the pad's current work key (mw_kb_activekey). */
+/* Decrypts as des_decrypt (8-byte key) or des3_decrypt (16-byte key) under the host's
+ * copy of the PIN pad's current work key: the key number of the last encrypted entry,
+ * or of mw_kb_activekey. The host keeps copies of work keys 0 to 15 only, and only the
+ * library's own wrapped key load fills them (a key loaded with pwdkb_load_workkey is
+ * not kept), so a copy never filled is all zeros. A current key number of 16 or more
+ * gives -19 and leaves `out` alone. */
 QZ_32_API int pwd_decrypt(const unsigned char *data, unsigned char length, unsigned char *out);
 
 /* ---- CPU cards: contactless session and contact slots 0..4 --------------------- */
@@ -313,7 +318,8 @@ QZ_32_API int dev_pwdkb_getpwd_again_encrypt(int icdev, unsigned char timeout, u
 QZ_32_API int pwdkb_settimeout(int icdev, unsigned char seconds);
 /* `length` 1..18. */
 QZ_32_API int pwdkb_setpwdlen(int icdev, unsigned char length);
-/* `keymode` 0: 8-byte key, 1: 16-byte key. */
+/* `keymode` 0: 8-byte key, 1: 16-byte key. `mainno` isn't checked: any number goes to
+ * the pad, which has its own limit; the host keeps a copy of main keys 0 to 15 only. */
 QZ_32_API int pwdkb_load_mainkey(int icdev, unsigned char keymode, unsigned char mainno, const unsigned char *key);
 /* `key` as the pad expects it: encrypted under main key `mainno`. */
 QZ_32_API int pwdkb_load_workkey(int icdev, unsigned char keymode, unsigned char mainno, unsigned char workno, const unsigned char *key);
@@ -324,7 +330,8 @@ QZ_32_API int pwdkb_getpwd_again2(int icdev, unsigned char *rlen, unsigned char 
 /* `mode` 1..4 picks the entry style. */
 QZ_32_API int pwdkb_getpwd_new2(int icdev, int mode, unsigned char *rlen, unsigned char *rdata);
 QZ_32_API int pwdkb_getpwd_new2_WaitNextKeyPress(int icdev, unsigned char *rlen, unsigned char *rdata);
-/* `cardno` 6 bytes of the card number; `rdata` gets the pad's cipher text. */
+/* `cardno` 6 bytes of the card number; `rdata` gets the pad's cipher text. On success
+ * `keyno`, whatever its value, becomes the current work key of pwd_decrypt. */
 QZ_32_API int pwdkb_getpwd_encrypt(int icdev, unsigned char keyno, const unsigned char *cardno, unsigned char *rlen, unsigned char *rdata);
 QZ_32_API int pwdkb_getpwd_again_encrypt(int icdev, unsigned char keyno, const unsigned char *cardno, unsigned char *rlen, unsigned char *rdata);
 QZ_32_API int pwdkb_getpwd_encrypt2(int icdev, unsigned char keyno, const unsigned char *cardno, unsigned char *rlen, unsigned char *rdata);

@@ -7,18 +7,10 @@
 #include <vector>
 
 #include "cards/contactless.h"
+#include "support/payloads.h"
 #include "support/scripted_platform.h"
 
 namespace qz::test {
-
-// The payload of a whole request frame.
-inline Bytes payload_of(const Bytes& frame) { return Bytes(frame.begin() + 3, frame.end() - 2); }
-
-inline Bytes concat(std::initializer_list<Bytes> parts) {
-    Bytes all;
-    for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
-    return all;
-}
 
 class CardTest : public ::testing::Test {
 protected:

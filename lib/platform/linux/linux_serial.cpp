@@ -87,9 +87,9 @@ int LinuxPlatform::serial_open(const std::string& name, const SerialSettings& wa
     if (::flock(fd, LOCK_EX | LOCK_NB) != 0) return fail(SerialOpenError::in_use);
     termios settings{};
     if (::tcgetattr(fd, &settings) != 0) return fail(SerialOpenError::state_unreadable);
-    ::ioctl(fd, TIOCEXCL);
     configure(settings, wanted);
     if (::tcsetattr(fd, TCSANOW, &settings) != 0) return fail(SerialOpenError::state_refused);
+    ::ioctl(fd, TIOCEXCL);  // only once the port is ours: close() takes the mark off again
     int lines = TIOCM_DTR | TIOCM_RTS;
     ::ioctl(fd, TIOCMBIS, &lines);  // ptys have no modem lines; that is no failure
     handles_.add(fd, {.kind = HandleKind::serial, .read_timeout_ms = wanted.read_timeout_ms});

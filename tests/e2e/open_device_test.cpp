@@ -1,0 +1,133 @@
+// open_device and close_device with the real backends: the HID node before the
+// serial port, a silent terminal, busy, missing and unusable ports.
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include "e2e/e2e_fixture.h"
+#include "link/link_state.h"
+#include "qz_32.h"
+#include "sim/unique_fd.h"
+
+namespace qz::test {
+namespace {
+
+namespace fs = std::filesystem;
+using link::LinkKind;
+using link::link_state;
+
+class OpenDevice : public SimulatorTest {};
+
+TEST_F(OpenDevice, TakesTheHidNodeAndLeavesTheSerialPortAlone) {
+    if (!start(Link::hid)) return;
+    const OpenWatch serial(sim->serial_device());
+    Device device;
+    ASSERT_GT(device.handle(), 1);
+    EXPECT_EQ(descriptor_target(device.handle()), sim->hid_node());
+    EXPECT_EQ(link_state().kind, LinkKind::hid);
+    EXPECT_EQ(link_state().hid_report_length, 256);
+    EXPECT_EQ(link_state().read_ms, 5000u);
+    EXPECT_EQ(link_state().write_gap_ms, 0u);
+    EXPECT_FALSE(serial.opened()) << "the serial port was opened although the HID node answered";
+    EXPECT_EQ(device.close(), 0);
+    EXPECT_FALSE(held_open(sim->hid_node()));
+}
+
+TEST_F(OpenDevice, PortAndSpeedDoNotMatterWhenTheNodeAnswers) {
+    if (!start(Link::hid)) return;
+    Device device(200, 1200);
+    ASSERT_GT(device.handle(), 1);
+    EXPECT_EQ(descriptor_target(device.handle()), sim->hid_node());
+}
+
+TEST_F(OpenDevice, TakesTheSerialPortWithoutANode) {
+    if (!start(Link::serial)) return;
+    Device device;
+    ASSERT_GT(device.handle(), 1);
+    EXPECT_EQ(descriptor_target(device.handle()), sim->serial_device());
+    EXPECT_EQ(link_state().kind, LinkKind::serial);
+    EXPECT_EQ(link_state().read_ms, 5000u);
+    EXPECT_EQ(device.close(), 0);
+    EXPECT_FALSE(held_open(sim->serial_device()));
+}
+
+TEST_F(OpenDevice, ASecondOpenFindsTheNodeHeldAndTakesTheSerialPort) {
+    if (!start(Link::hid)) return;
+    Device first;
+    ASSERT_GT(first.handle(), 1);
+    Device second;
+    ASSERT_GT(second.handle(), 1);
+    EXPECT_EQ(descriptor_target(second.handle()), sim->serial_device());
+    EXPECT_EQ(link_state().kind, LinkKind::serial);
+}
+
+TEST_F(OpenDevice, ABusySerialPortGivesMinus20) {
+    if (!start(Link::serial)) return;
+    Device first;
+    ASSERT_GT(first.handle(), 1);
+    EXPECT_EQ(open_device(0, 115200), -20);
+    EXPECT_EQ(link_state().kind, LinkKind::none);
+    EXPECT_EQ(first.close(), 0);
+    Device again;
+    EXPECT_GT(again.handle(), 1) << "closing did not free the port";
+}
+
+TEST_F(OpenDevice, ClosingTheSerialPortEndsItsExclusiveUse) {
+    if (!start(Link::serial)) return;
+    {
+        Device device;
+        ASSERT_GT(device.handle(), 1);
+    }
+    // The simulator keeps the pseudo-terminal open, so the line outlives the
+    // library's handle; an exclusive mark left on it would turn away every
+    // later open by a user other than root.
+    const sim::UniqueFd line(::open(sim->serial_device().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK));
+    ASSERT_TRUE(line);
+    int exclusive = -1;
+    ASSERT_EQ(::ioctl(line.get(), TIOCGEXCL, &exclusive), 0);
+    EXPECT_EQ(exclusive, 0);
+}
+
+TEST(OpenDeviceWithoutTerminal, MissingAndUnusablePorts) {
+    TempDir folder;
+    ScopedEnv hid_env("QZ_32_HIDRAW_DIR", (folder.path() / "no-hid").string());
+    ScopedEnv ports_env("QZ_32_PORTS_DIR", folder.path().string());
+    ScopedEnv log_env("QZ_32_LOG_ROOT", (folder.path() / "no-log").string());
+    fs::create_directory_symlink(folder.path(), folder.path() / "COM2");  // a folder opens as no port
+    fs::create_symlink("/dev/null", folder.path() / "COM3");             // no serial line
+
+    EXPECT_EQ(open_device(1, 9600), -21);
+    EXPECT_EQ(open_device(2, 9600), -22);
+    EXPECT_EQ(open_device(32, 9600), -19);
+    if (!fs::exists("/dev/ttyS31")) {
+        EXPECT_EQ(open_device(31, 9600), -21);  // neither a link COM32 nor /dev/ttyS31
+    }
+    EXPECT_EQ(link_state().kind, LinkKind::none);
+    link::reset_link_state();
+}
+
+class SilentTerminal : public SimulatorTest, public ::testing::WithParamInterface<Link> {};
+
+TEST_P(SilentTerminal, GivesZeroAndClosesTheLinkAgain) {
+    if (!start(GetParam(), nlohmann::json::array({fault_once(0x01, {{"kind", "silence"}})}))) return;
+    const fs::path served = GetParam() == Link::hid ? sim->hid_node() : sim->serial_device();
+    const OpenWatch serial(sim->serial_device());
+
+    EXPECT_EQ(open_device(0, 115200), 0);
+    EXPECT_FALSE(held_open(served)) << "the link stayed open";
+    EXPECT_EQ(link_state().read_ms, 5000u);
+    if (GetParam() == Link::hid) {
+        EXPECT_FALSE(serial.opened()) << "a silent HID terminal led to the serial port";
+    }
+
+    // The silence lasted one version request: the next open finds the link free.
+    Device device;
+    ASSERT_GT(device.handle(), 1);
+    EXPECT_EQ(descriptor_target(device.handle()), served);
+}
+
+INSTANTIATE_TEST_SUITE_P(Links, SilentTerminal, ::testing::Values(Link::hid, Link::serial),
+                         [](const auto& info) { return link_name(info.param); });
+
+}  // namespace
+}  // namespace qz::test
