@@ -25,8 +25,10 @@ std::vector<std::uint8_t> encode_frame(std::span<const std::uint8_t> payload) {
 }
 
 std::vector<std::uint8_t> reply_payload(std::uint16_t status, std::span<const std::uint8_t> data) {
-    std::vector<std::uint8_t> payload{static_cast<std::uint8_t>(status >> 8), static_cast<std::uint8_t>(status), 0};
-    payload.insert(payload.end(), data.begin(), data.end());
+    std::vector<std::uint8_t> payload(3 + data.size());
+    payload[0] = static_cast<std::uint8_t>(status >> 8);
+    payload[1] = static_cast<std::uint8_t>(status);
+    std::copy(data.begin(), data.end(), payload.begin() + 3);
     return payload;
 }
 

@@ -46,12 +46,28 @@ SimulatorProcess::SimulatorProcess(const std::string& scenario, bool serial_only
     serial_only_ = serial_only;
     hid_ = !serial_only && access("/dev/fuse", R_OK | W_OK) == 0;
 
+    // Where /dev/fuse exists but mounting fails, the serial line alone still serves.
+    bool ready = launch(scenario);
+    if (!ready && hid_) {
+        hid_ = false;
+        ready = launch(scenario);
+    }
+    if (!ready) {
+        std::error_code ignored;
+        fs::remove_all(folder_, ignored);
+        throw Failure(exit_simulator, "the simulator (" + find_qzsim() + ") did not start");
+    }
+    setenv("QZ_32_PORTS_DIR", (folder_ + "/ports").c_str(), 1);
+    setenv("QZ_32_HIDRAW_DIR", (folder_ + "/hid").c_str(), 1);
+}
+
+bool SimulatorProcess::launch(const std::string& scenario) {
     std::vector<std::string> arguments{find_qzsim(), "--serial", folder_ + "/ports"};
     if (hid_) arguments.insert(arguments.end(), {"--hid", folder_ + "/hid"});
     if (!scenario.empty()) arguments.insert(arguments.end(), {"--scenario", scenario});
 
     pid_ = fork();
-    if (pid_ < 0) throw Failure(exit_simulator, "cannot start the simulator");
+    if (pid_ < 0) return false;
     if (pid_ == 0) {
         std::vector<char*> argv;
         for (auto& argument : arguments) argv.push_back(argument.data());
@@ -65,12 +81,9 @@ SimulatorProcess::SimulatorProcess(const std::string& scenario, bool serial_only
     if (!ready) {
         kill(pid_, SIGTERM);
         waitpid(pid_, nullptr, 0);
-        std::error_code ignored;
-        fs::remove_all(folder_, ignored);
-        throw Failure(exit_simulator, "the simulator (" + arguments[0] + ") did not start");
+        pid_ = -1;
     }
-    setenv("QZ_32_PORTS_DIR", (folder_ + "/ports").c_str(), 1);
-    setenv("QZ_32_HIDRAW_DIR", (folder_ + "/hid").c_str(), 1);
+    return ready;
 }
 
 SimulatorProcess::~SimulatorProcess() {
@@ -87,7 +100,7 @@ std::string SimulatorProcess::description() const {
     if (hid_)
         text += ", HID node " + folder_ + "/hid/hidraw0";
     else if (!serial_only_)
-        text += " (no HID node: /dev/fuse is not usable)";
+        text += " (no HID node: FUSE is not usable here)";
     return text + "\n";
 }
 

@@ -17,6 +17,9 @@ public:
     std::string description() const;
 
 private:
+    // Starts qzsim and waits until it serves; false (and no child left) if it does not.
+    bool launch(const std::string& scenario);
+
     std::string folder_;
     bool hid_ = false;
     bool serial_only_ = false;
