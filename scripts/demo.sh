@@ -92,6 +92,11 @@ say "Buzzer, the information as JSON, and where the diagnostic log would go"
 run beep
 run --json info
 run log
+say "Cards and PINs: the bank cards' PAN and holder's name, the identity card, a PIN typed on the keypad"
+run pan --contactless
+run pan --contact
+run idcard --photo "$work/photo.bmp"
+run pin
 
 stop_sim
 say "Or in one line: qzctl starts a simulator of its own and stops it again"
