@@ -30,14 +30,14 @@
 #include "link/link_state.h"
 #include "link/transact.h"
 #include "qz_32.h"
-#include "sim/control_model.h"
-#include "sim/hid_endpoint.h"
-#include "sim/hidraw_fuse.h"
-#include "sim/pty_server.h"
-#include "sim/scenario.h"
-#include "sim/serial_endpoint.h"
-#include "sim/simulator.h"
-#include "sim/unique_fd.h"
+#include "sim/models/control/control_model.h"
+#include "sim/endpoints/hid_endpoint.h"
+#include "sim/endpoints/hidraw_fuse.h"
+#include "sim/endpoints/pty_server.h"
+#include "sim/core/scenario.h"
+#include "sim/endpoints/serial_endpoint.h"
+#include "sim/core/simulator.h"
+#include "sim/core/unique_fd.h"
 
 namespace {
 

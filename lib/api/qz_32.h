@@ -32,6 +32,8 @@
  *   -37  the request frame is longer than 65530 bytes
  *   -38  the reply announces more data than the library's reply area for this
  *        command holds; the rest of the reply is not read
+ *   -39  the reply is shorter than its three status bytes, or carries fewer
+ *        data bytes than the function must hand to its caller
  */
 #ifndef QZ_32_H
 #define QZ_32_H

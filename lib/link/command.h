@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "link/link_state.h"
+#include "link/status.h"
 #include "link/transact.h"
 
 namespace qz::link {
@@ -49,6 +50,13 @@ struct Reply {
 
     std::span<const std::uint8_t> data() const {
         return std::span(area).first(length > 0 ? static_cast<std::size_t>(length) : 0);
+    }
+
+    // For a command that must hand `count` data bytes to its caller: `result`
+    // unless the transaction succeeded with fewer, then status_reply_too_short.
+    int require(int result, std::size_t count) const {
+        if (result == 0 && (length < 0 || static_cast<std::size_t>(length) < count)) return status_reply_too_short;
+        return result;
     }
 };
 

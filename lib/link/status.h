@@ -26,6 +26,9 @@ enum LinkStatus : std::int16_t {
     // The reply announces more data than the caller's reply area (or the
     // 65530-byte frame buffer) holds; the rest of the reply is not read.
     status_reply_too_long = -38,
+    // The reply is shorter than its three status bytes, or carries fewer data
+    // bytes than the command must hand to its caller.
+    status_reply_too_short = -39,
 };
 
 }  // namespace qz::link

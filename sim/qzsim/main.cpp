@@ -11,12 +11,12 @@
 #include <mutex>
 #include <optional>
 
-#include "sim/hid_endpoint.h"
-#include "sim/hidraw_fuse.h"
-#include "sim/pty_server.h"
-#include "sim/scenario.h"
-#include "sim/serial_endpoint.h"
-#include "sim/simulator.h"
+#include "sim/endpoints/hid_endpoint.h"
+#include "sim/endpoints/hidraw_fuse.h"
+#include "sim/endpoints/pty_server.h"
+#include "sim/core/scenario.h"
+#include "sim/endpoints/serial_endpoint.h"
+#include "sim/core/simulator.h"
 
 namespace {
 

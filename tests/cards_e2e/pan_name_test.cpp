@@ -13,10 +13,10 @@
 
 #include "qz_32.h"
 #include "reference_walk.h"
-#include "sim/card_reader_model.h"
-#include "sim/inprocess_platform.h"
-#include "sim/scenario.h"
-#include "sim/simulator.h"
+#include "sim/models/cards/card_reader_model.h"
+#include "sim/endpoints/inprocess_platform.h"
+#include "sim/core/scenario.h"
+#include "sim/core/simulator.h"
 
 namespace qz::test {
 namespace {

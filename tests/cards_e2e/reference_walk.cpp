@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "qz_32.h"
-#include "sim/ber_tlv.h"
+#include "sim/models/cards/ber_tlv.h"
 
 namespace qz::test {
 namespace {

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "sim/unique_fd.h"
+#include "sim/core/unique_fd.h"
 
 namespace qz::test {
 

@@ -7,7 +7,7 @@
 #include "e2e/e2e_fixture.h"
 #include "link/link_state.h"
 #include "qz_32.h"
-#include "sim/unique_fd.h"
+#include "sim/core/unique_fd.h"
 
 namespace qz::test {
 namespace {

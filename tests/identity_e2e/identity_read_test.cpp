@@ -14,10 +14,10 @@
 #include <vector>
 
 #include "qz_32.h"
-#include "sim/identity_model.h"
-#include "sim/inprocess_platform.h"
-#include "sim/scenario.h"
-#include "sim/simulator.h"
+#include "sim/models/identity/identity_model.h"
+#include "sim/endpoints/inprocess_platform.h"
+#include "sim/core/scenario.h"
+#include "sim/core/simulator.h"
 #include "support/temp_dir.h"
 
 namespace qz::test {

@@ -12,11 +12,11 @@
 #include "pinpad/pad_commands.h"
 #include "pinpad/pad_state.h"
 #include "qz_32.h"
-#include "sim/inprocess_platform.h"
-#include "sim/keypad_model.h"
-#include "sim/pinpad_model.h"
-#include "sim/scenario.h"
-#include "sim/simulator.h"
+#include "sim/endpoints/inprocess_platform.h"
+#include "sim/models/pinpad/keypad_model.h"
+#include "sim/models/pinpad/pinpad_model.h"
+#include "sim/core/scenario.h"
+#include "sim/core/simulator.h"
 
 namespace qz::test {
 namespace {

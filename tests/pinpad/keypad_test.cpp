@@ -5,8 +5,8 @@
 #include "pin_fixture.h"
 #include "pinpad/keypad_table.h"
 #include "qz_32.h"
-#include "sim/des_cipher.h"
-#include "sim/keypad_key_table.h"
+#include "sim/models/pinpad/des_cipher.h"
+#include "sim/models/pinpad/keypad_key_table.h"
 
 namespace qz::test {
 namespace {

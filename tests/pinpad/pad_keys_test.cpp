@@ -4,7 +4,7 @@
 #include "pin_fixture.h"
 #include "pinpad/pad_commands.h"
 #include "qz_32.h"
-#include "sim/des_cipher.h"
+#include "sim/models/pinpad/des_cipher.h"
 
 namespace qz::test {
 namespace {

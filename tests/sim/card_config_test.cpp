@@ -1,13 +1,13 @@
-#include "sim/card_config.h"
+#include "sim/models/cards/card_config.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
 #include "card_test_helpers.h"
-#include "sim/atr.h"
-#include "sim/ber_tlv.h"
-#include "sim/json_values.h"
+#include "sim/models/cards/atr.h"
+#include "sim/models/cards/ber_tlv.h"
+#include "sim/core/json_values.h"
 
 namespace qz::sim {
 namespace {

@@ -1,10 +1,10 @@
-#include "sim/card_reader_model.h"
+#include "sim/models/cards/card_reader_model.h"
 
 #include <gtest/gtest.h>
 
 #include "card_test_helpers.h"
-#include "sim/control_model.h"
-#include "sim/status.h"
+#include "sim/models/control/control_model.h"
+#include "sim/core/status.h"
 
 namespace qz::sim {
 namespace {

@@ -5,8 +5,8 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "sim/simulator.h"
-#include "sim/status.h"
+#include "sim/core/simulator.h"
+#include "sim/core/status.h"
 
 namespace qz::sim::test {
 

@@ -8,8 +8,8 @@
 #include <span>
 #include <string>
 
-#include "sim/card_config.h"
-#include "sim/terminal.h"
+#include "sim/models/cards/card_config.h"
+#include "sim/core/terminal.h"
 #include "sim_test_helpers.h"
 
 namespace qz::sim::test {

@@ -2,9 +2,9 @@
 // up to the largest reply a frame holds.
 #include <gtest/gtest.h>
 
-#include "sim/control_model.h"
-#include "sim/frame_codec.h"
-#include "sim/status.h"
+#include "sim/models/control/control_model.h"
+#include "sim/core/frame_codec.h"
+#include "sim/core/status.h"
 #include "sim_test_helpers.h"
 
 namespace qz::sim {

@@ -1,8 +1,8 @@
-#include "sim/control_model.h"
+#include "sim/models/control/control_model.h"
 
 #include <gtest/gtest.h>
 
-#include "sim/status.h"
+#include "sim/core/status.h"
 #include "sim_test_helpers.h"
 
 namespace qz::sim {

@@ -1,4 +1,4 @@
-#include "sim/des_cipher.h"
+#include "sim/models/pinpad/des_cipher.h"
 
 #include <gtest/gtest.h>
 

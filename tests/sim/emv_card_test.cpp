@@ -1,12 +1,12 @@
-#include "sim/emv_card.h"
+#include "sim/models/cards/emv_card.h"
 
 #include <gtest/gtest.h>
 
 #include <string_view>
 
 #include "card_test_helpers.h"
-#include "sim/ber_tlv.h"
-#include "sim/status.h"
+#include "sim/models/cards/ber_tlv.h"
+#include "sim/core/status.h"
 
 namespace qz::sim {
 namespace {

@@ -1,10 +1,10 @@
-#include "sim/faults.h"
+#include "sim/core/faults.h"
 
 #include <gtest/gtest.h>
 
-#include "sim/control_model.h"
-#include "sim/serial_endpoint.h"
-#include "sim/status.h"
+#include "sim/models/control/control_model.h"
+#include "sim/endpoints/serial_endpoint.h"
+#include "sim/core/status.h"
 #include "sim_test_helpers.h"
 
 namespace qz::sim {

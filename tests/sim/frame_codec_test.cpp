@@ -1,4 +1,4 @@
-#include "sim/frame_codec.h"
+#include "sim/core/frame_codec.h"
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,12 @@
-#include "sim/identity_model.h"
+#include "sim/models/identity/identity_model.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
 #include <iterator>
 
-#include "sim/json_values.h"
-#include "sim/status.h"
+#include "sim/core/json_values.h"
+#include "sim/core/status.h"
 #include "sim_test_helpers.h"
 #include "support/temp_dir.h"
 

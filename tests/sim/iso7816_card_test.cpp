@@ -1,4 +1,4 @@
-#include "sim/iso7816_card.h"
+#include "sim/models/cards/iso7816_card.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
-#include "sim/keypad_model.h"
+#include "sim/models/pinpad/keypad_model.h"
 
 #include <gtest/gtest.h>
 
-#include "sim/control_model.h"
-#include "sim/des_cipher.h"
-#include "sim/json_values.h"
-#include "sim/status.h"
+#include "sim/models/control/control_model.h"
+#include "sim/models/pinpad/des_cipher.h"
+#include "sim/core/json_values.h"
+#include "sim/core/status.h"
 #include "sim_test_helpers.h"
 
 namespace qz::sim {

@@ -1,10 +1,10 @@
-#include "sim/scenario.h"
+#include "sim/core/scenario.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
 
-#include "sim/json_values.h"
+#include "sim/core/json_values.h"
 #include "sim_test_helpers.h"
 
 namespace qz::sim {

@@ -1,8 +1,8 @@
-#include "sim/serial_endpoint.h"
+#include "sim/endpoints/serial_endpoint.h"
 
 #include <gtest/gtest.h>
 
-#include "sim/status.h"
+#include "sim/core/status.h"
 #include "sim_test_helpers.h"
 
 namespace qz::sim {

@@ -12,11 +12,11 @@
 #include <cerrno>
 #include <mutex>
 
-#include "sim/hidraw_fuse.h"
-#include "sim/pty_server.h"
-#include "sim/report_descriptor.h"
-#include "sim/status.h"
-#include "sim/unique_fd.h"
+#include "sim/endpoints/hidraw_fuse.h"
+#include "sim/endpoints/pty_server.h"
+#include "sim/endpoints/report_descriptor.h"
+#include "sim/core/status.h"
+#include "sim/core/unique_fd.h"
 #include "sim_test_helpers.h"
 
 namespace qz::sim {

@@ -2,8 +2,8 @@
 
 #include <stdexcept>
 
-#include "sim/status.h"
-#include "sim/terminal.h"
+#include "sim/core/status.h"
+#include "sim/core/terminal.h"
 #include "sim_test_helpers.h"
 
 namespace qz::sim {

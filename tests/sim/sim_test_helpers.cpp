@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "sim/status.h"
+#include "sim/core/status.h"
 
 namespace qz::sim::test {
 

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "sim/scenario.h"
-#include "sim/simulator.h"
-#include "sim/terminal.h"
+#include "sim/core/scenario.h"
+#include "sim/core/simulator.h"
+#include "sim/core/terminal.h"
 
 namespace qz::sim::test {
 

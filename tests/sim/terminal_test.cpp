@@ -1,9 +1,9 @@
-#include "sim/terminal.h"
+#include "sim/core/terminal.h"
 
 #include <gtest/gtest.h>
 
-#include "sim/control_model.h"
-#include "sim/status.h"
+#include "sim/models/control/control_model.h"
+#include "sim/core/status.h"
 #include "sim_test_helpers.h"
 
 namespace qz::sim {

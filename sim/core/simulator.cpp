@@ -1,0 +1,22 @@
+#include "sim/core/simulator.h"
+
+#include "sim/models/cards/card_reader_model.h"
+#include "sim/models/control/control_model.h"
+#include "sim/models/identity/identity_model.h"
+#include "sim/models/pinpad/keypad_model.h"
+#include "sim/models/pinpad/pinpad_model.h"
+
+namespace qz::sim {
+
+std::shared_ptr<Terminal> make_terminal(const Scenario& scenario) {
+    auto terminal = std::make_shared<Terminal>(FaultPlan(scenario.faults), scenario.shared);
+    terminal->add_model(std::make_unique<ControlModel>(scenario.control, terminal->shared()));
+    terminal->add_model(std::make_unique<IdentityModel>(parse_identity(scenario.document)));
+    terminal->add_model(std::make_unique<KeypadModel>(parse_keypad(scenario.document)));
+    terminal->add_model(std::make_unique<PinPadModel>(parse_pinpad(scenario.document)));
+    if (const auto cards = parse_cards(scenario.document))
+        terminal->add_model(std::make_unique<CardReaderModel>(*cards, terminal->shared()));
+    return terminal;
+}
+
+}  // namespace qz::sim

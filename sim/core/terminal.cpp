@@ -1,0 +1,79 @@
+#include "sim/core/terminal.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+
+#include "sim/core/frame_codec.h"
+#include "sim/core/status.h"
+
+namespace qz::sim {
+
+Terminal::Terminal(FaultPlan faults, SharedState shared) : faults_(std::move(faults)), shared_(shared) {}
+
+void Terminal::add_model(std::unique_ptr<DeviceModel> model) {
+    const auto routes = model->routes();
+    // All routes are checked before any is taken, so a refused model leaves nothing behind.
+    for (const Route& route : routes) {
+        if (route.shared) {
+            if (route.instructions.empty()) throw std::logic_error("a shared route lists its instructions");
+            continue;
+        }
+        const bool instructions_taken =
+            route.instructions.empty()
+                ? serves_instructions_of(route.class_byte)
+                : std::any_of(route.instructions.begin(), route.instructions.end(), [&](std::uint8_t instruction) {
+                      return instruction_owner_.contains({route.class_byte, instruction});
+                  });
+        if (class_owner_[route.class_byte] || instructions_taken)
+            throw std::logic_error("class " + std::to_string(route.class_byte) + " is served twice");
+    }
+    for (const Route& route : routes) {
+        if (route.instructions.empty()) class_owner_[route.class_byte] = model.get();
+        for (std::uint8_t instruction : route.instructions) {
+            if (route.shared)
+                instruction_sharers_.emplace(std::pair{route.class_byte, instruction}, model.get());
+            else
+                instruction_owner_[{route.class_byte, instruction}] = model.get();
+        }
+    }
+    models_.push_back(std::move(model));
+}
+
+Reply Terminal::execute(std::span<const std::uint8_t> payload) {
+    if (payload.size() < 2) return Reply::failure(status::damaged_request);
+    const Command command{payload};
+    const auto sharers = instruction_sharers_.equal_range({command.class_byte(), command.instruction()});
+    for (auto sharer = sharers.first; sharer != sharers.second; ++sharer)
+        if (sharer->second->takes(command)) return sharer->second->handle(command);
+    if (DeviceModel* owner = class_owner_[command.class_byte()]) return owner->handle(command);
+    if (auto found = instruction_owner_.find({command.class_byte(), command.instruction()});
+        found != instruction_owner_.end())
+        return found->second->handle(command);
+    return Reply::failure(serves_instructions_of(command.class_byte()) ? status::instruction_unknown
+                                                                       : status::class_unknown);
+}
+
+bool Terminal::serves_instructions_of(std::uint8_t class_byte) const {
+    const auto first = instruction_owner_.lower_bound({class_byte, 0});
+    return first != instruction_owner_.end() && first->first.first == class_byte;
+}
+
+std::vector<std::uint8_t> Terminal::answer(std::span<const std::uint8_t> request_frame) {
+    const auto payload = frame_payload(request_frame);
+    std::optional<Fault> fault;
+    if (payload && payload->size() >= 2) fault = faults_.take((*payload)[0], (*payload)[1]);
+
+    Reply reply;
+    if (!payload)
+        reply = Reply::failure(status::damaged_request);
+    else if (fault && fault->kind == FaultKind::status)
+        reply = Reply::failure(fault->status);
+    else
+        reply = execute(*payload);
+
+    auto frame = encode_frame(reply_payload(reply.status, reply.data));
+    return fault ? damage(*fault, std::move(frame)) : frame;
+}
+
+}  // namespace qz::sim
