@@ -4,19 +4,15 @@
 
 #include <array>
 #include <cstring>
-#include <fstream>
+#include <optional>
 #include <string>
 
-#include "link/link_state.h"
 #include "pin_fixture.h"
 #include "pinpad/pad_commands.h"
-#include "pinpad/pad_state.h"
 #include "qz_32.h"
-#include "sim/endpoints/inprocess_platform.h"
 #include "sim/models/pinpad/keypad_model.h"
 #include "sim/models/pinpad/pinpad_model.h"
-#include "sim/core/scenario.h"
-#include "sim/core/simulator.h"
+#include "support/simulated_terminal.h"
 
 namespace qz::test {
 namespace {
@@ -29,19 +25,10 @@ const Bytes card{0x12, 0x34, 0x56, 0x78, 0x90, 0x12};
 class EndToEnd : public ::testing::Test {
 protected:
     void start(const nlohmann::json& document) {
-        terminal = sim::make_terminal(sim::parse_scenario(document));
-        os.add_hid_device({.path = "/dev/hidraw0", .terminal = terminal});
-        platform::install(&os);
-        link::reset_link_state();
-        pinpad::reset_pad_state();
-        icdev = open_device(0, 115200);
+        connection.emplace(document);
+        icdev = connection->icdev;
+        terminal = connection->terminal;
         ASSERT_GT(icdev, 1);
-    }
-    void TearDown() override {
-        if (icdev > 1) close_device(icdev);
-        platform::install(nullptr);
-        link::reset_link_state();
-        pinpad::reset_pad_state();
     }
 
     void open_gates() {
@@ -56,7 +43,7 @@ protected:
         return format0_pin(Bytes(clear.begin(), clear.end()), concat({{0x00, 0x00}, card}));
     }
 
-    sim::InProcessPlatform os;
+    std::optional<SimulatedTerminal> connection;
     std::shared_ptr<sim::Terminal> terminal;
     int icdev = 0;
     std::array<unsigned char, 300> rdata{};
@@ -134,8 +121,7 @@ TEST_F(EndToEnd, KeyPressesOneByOneOnTheNewerPad) {
 }
 
 TEST_F(EndToEnd, DefaultScenarioPadDeciphersUnderItsOwnWorkKey) {
-    std::ifstream file(std::string(QZ_32_SIM_SCENARIO_DIR) + "/default.json");
-    start({{"pinpad", nlohmann::json::parse(file).at("pinpad")}});
+    start({{"pinpad", shipped_scenario().at("pinpad")}});
     open_gates();
     ASSERT_EQ(pwdkb_getpwd_encrypt2(icdev, 0, card.data(), &rlen, rdata.data()), 0);
     std::array<unsigned char, 8> clear{};
