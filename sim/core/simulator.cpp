@@ -5,6 +5,7 @@
 #include "sim/models/identity/identity_model.h"
 #include "sim/models/pinpad/keypad_model.h"
 #include "sim/models/pinpad/pinpad_model.h"
+#include "sim/models/screen/screen_model.h"
 
 namespace qz::sim {
 
@@ -14,6 +15,7 @@ std::shared_ptr<Terminal> make_terminal(const Scenario& scenario) {
     terminal->add_model(std::make_unique<IdentityModel>(parse_identity(scenario.document)));
     terminal->add_model(std::make_unique<KeypadModel>(parse_keypad(scenario.document)));
     terminal->add_model(std::make_unique<PinPadModel>(parse_pinpad(scenario.document)));
+    terminal->add_model(std::make_unique<ScreenModel>(parse_screen(scenario.document)));
     if (const auto cards = parse_cards(scenario.document))
         terminal->add_model(std::make_unique<CardReaderModel>(*cards, terminal->shared()));
     return terminal;

@@ -19,6 +19,8 @@ inline constexpr std::uint16_t entry_timed_out = 0x6400;
 inline constexpr std::uint16_t wrong_data = 0x6A80;
 // A key that the command names has never been loaded.
 inline constexpr std::uint16_t key_missing = 0x6A88;
+// A data block came with no transfer open for it, or more bytes than announced.
+inline constexpr std::uint16_t out_of_sequence = 0x6985;
 // No device model answers this instruction of a known class.
 inline constexpr std::uint16_t instruction_unknown = 0x6D00;
 // No device model answers this class.

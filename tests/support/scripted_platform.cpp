@@ -81,12 +81,14 @@ bool ScriptedPlatform::hid_set_feature(int handle, std::span<const std::uint8_t>
     if (report.empty() || report[0] != 6) return false;
     // A new request makes the terminal drop whatever of an earlier reply is unread.
     if (pending_request_.empty()) reply_reports_.clear();
-    // A piece sits right behind the report id; the request's LEN tells its end.
+    // A piece of at most 254 bytes sits right behind the report id; the request's
+    // LEN tells its end.
+    constexpr std::size_t piece = 254;
     const std::size_t still_needed =
         pending_request_.size() < 3
-            ? report.size() - 1
+            ? piece
             : ((std::size_t{pending_request_[1]} << 8) | pending_request_[2]) + 5 - pending_request_.size();
-    take_request_bytes(report.subspan(1, std::min(report.size() - 1, still_needed)));
+    take_request_bytes(report.subspan(1, std::min({report.size() - 1, piece, still_needed})));
     return true;
 }
 

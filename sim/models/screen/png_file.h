@@ -1,0 +1,14 @@
+// PNG files of what the simulated displays show.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+
+namespace qz::sim {
+
+// Writes `rgb` (3 bytes a pixel, rows from the top) through a temporary file
+// that replaces `path`, so a reader never sees half a picture.
+bool write_rgb_png(const std::filesystem::path& path, int width, int height, std::span<const std::uint8_t> rgb);
+
+}  // namespace qz::sim
