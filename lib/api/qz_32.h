@@ -147,10 +147,12 @@ QZ_32_API int ICC_PowerOff(int icdev, unsigned char slot);
 /* ---- Contactless memory cards: Mifare kind ------------------------------------- */
 
 QZ_32_API int rf_reset(int icdev);
+/* `serial` gets the reply, the card's serial number: up to 16 bytes (a longer reply
+ * gives -38). */
 QZ_32_API int rf_card(int icdev, unsigned char mode, unsigned char *serial);
 /* `key` 6 bytes. */
 QZ_32_API int rf_authentication_key(int icdev, unsigned char mode, unsigned char sector, const unsigned char *key);
-/* `data` 16 bytes. */
+/* `data` 16 bytes; any other reply length gives -38 or -39. */
 QZ_32_API int rf_read(int icdev, unsigned char block, unsigned char *data);
 /* `text` 33 bytes. */
 QZ_32_API int rf_read_hex(int icdev, unsigned char block, char *text);
