@@ -3,6 +3,7 @@
 #include "sim/models/cards/card_reader_model.h"
 #include "sim/models/control/control_model.h"
 #include "sim/models/identity/identity_model.h"
+#include "sim/models/memcards/memory_card_model.h"
 #include "sim/models/pinpad/keypad_model.h"
 #include "sim/models/pinpad/pinpad_model.h"
 #include "sim/models/screen/screen_model.h"
@@ -18,6 +19,8 @@ std::shared_ptr<Terminal> make_terminal(const Scenario& scenario) {
     terminal->add_model(std::make_unique<ScreenModel>(parse_screen(scenario.document)));
     if (const auto cards = parse_cards(scenario.document))
         terminal->add_model(std::make_unique<CardReaderModel>(*cards, terminal->shared()));
+    if (const auto memory_cards = parse_memory_cards(scenario.document))
+        terminal->add_model(std::make_unique<MemoryCardModel>(*memory_cards));
     return terminal;
 }
 
