@@ -6,6 +6,7 @@ packages=(
   build-essential cmake pkg-config clang
   libgtest-dev libgmock-dev libbenchmark-dev libssl-dev
   nlohmann-json3-dev libcli11-dev libfuse3-dev fuse3 libstb-dev
+  libfreetype-dev fonts-wqy-zenhei xfonts-unifont
 )
 
 missing=()
