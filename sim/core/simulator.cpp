@@ -4,9 +4,13 @@
 #include "sim/models/control/control_model.h"
 #include "sim/models/identity/identity_model.h"
 #include "sim/models/memcards/memory_card_model.h"
+#include "sim/models/keyboard/keyboard_model.h"
+#include "sim/models/mechanism/mechanism_model.h"
 #include "sim/models/pinpad/keypad_model.h"
 #include "sim/models/pinpad/pinpad_model.h"
 #include "sim/models/screen/screen_model.h"
+#include "sim/models/scanner/scanner_model.h"
+#include "sim/models/stripe/stripe_model.h"
 
 namespace qz::sim {
 
@@ -21,6 +25,11 @@ std::shared_ptr<Terminal> make_terminal(const Scenario& scenario) {
         terminal->add_model(std::make_unique<CardReaderModel>(*cards, terminal->shared()));
     if (const auto memory_cards = parse_memory_cards(scenario.document))
         terminal->add_model(std::make_unique<MemoryCardModel>(*memory_cards));
+    terminal->add_model(std::make_unique<StripeModel>(parse_stripe(scenario.document)));
+    terminal->add_model(std::make_unique<ScannerModel>(parse_scanner(scenario.document)));
+    terminal->add_model(std::make_unique<KeyboardModel>(parse_keyboard(scenario.document)));
+    if (const auto mechanism = parse_mechanism(scenario.document))
+        terminal->add_model(std::make_unique<MechanismModel>(*mechanism));
     return terminal;
 }
 

@@ -71,6 +71,7 @@ std::vector<std::uint8_t> Terminal::answer(std::span<const std::uint8_t> request
         reply = Reply::failure(fault->status);
     else
         reply = execute(*payload);
+    if (reply.silent) return {};
 
     auto frame = encode_frame(reply_payload(reply.status, reply.data));
     return fault ? damage(*fault, std::move(frame)) : frame;

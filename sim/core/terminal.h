@@ -27,8 +27,10 @@ struct Command {
 struct Reply {
     std::uint16_t status = 0;
     std::vector<std::uint8_t> data;
+    bool silent = false;  // the device doesn't answer: no reply frame at all
 
     static Reply failure(std::uint16_t status) { return {status, {}}; }
+    static Reply none() { return {0, {}, true}; }
 };
 
 // The part of the command space a model answers: one class, either all of its
