@@ -3,13 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <fstream>
-#include <string>
+#include <vector>
 
 #include "qz_32.h"
-#include "sim/core/scenario.h"
-#include "sim/core/simulator.h"
-#include "sim/endpoints/inprocess_platform.h"
+#include "support/simulated_terminal.h"
 
 namespace qz::test {
 namespace {
@@ -26,18 +23,6 @@ enum Slot : unsigned char { at24c01a_slot, sle4442_slot, sle4428_slot, at88sc102
 
 class MemorySession : public ::testing::Test {
 protected:
-    MemorySession() {
-        std::ifstream in(std::filesystem::path(QZ_32_SIM_SCENARIO_DIR) / "memory_cards.json");
-        terminal = sim::make_terminal(sim::parse_scenario(nlohmann::json::parse(in)));
-        os.add_hid_device({.path = "/dev/hidraw0", .terminal = terminal});
-        platform::install(&os);
-        icdev = open_device(0, 115200);
-    }
-    ~MemorySession() override {
-        close_device(icdev);
-        platform::install(nullptr);
-    }
-
     Bytes read4442(unsigned char offset, unsigned short length) {
         Bytes out(length);
         EXPECT_EQ(sle4442_read(icdev, offset, length, out.data()), 0);
@@ -49,9 +34,8 @@ protected:
         return left;
     }
 
-    std::shared_ptr<sim::Terminal> terminal;
-    sim::InProcessPlatform os;
-    int icdev = 0;
+    SimulatedTerminal simulated{shipped_scenario("memory_cards.json")};
+    int icdev = simulated.icdev;
 };
 
 TEST_F(MemorySession, Sle4442PscCountsDownAndLocks) {

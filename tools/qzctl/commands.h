@@ -17,5 +17,6 @@ void add_card_commands(CLI::App& app, Action& action);
 void add_identity_commands(CLI::App& app, Action& action);
 void add_pin_commands(CLI::App& app, Action& action);
 void add_pinpad_commands(CLI::App& app, Action& action);
+void add_memcard_commands(CLI::App& app, Action& action);
 
 }  // namespace qzctl

@@ -28,6 +28,7 @@ int main(int argc, char** argv) {
     add_identity_commands(app, action);
     add_pin_commands(app, action);
     add_pinpad_commands(app, action);
+    add_memcard_commands(app, action);
 
     try {
         app.parse(argc, argv);
