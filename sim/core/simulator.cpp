@@ -3,6 +3,7 @@
 #include "sim/models/cards/card_reader_model.h"
 #include "sim/models/control/control_model.h"
 #include "sim/models/identity/identity_model.h"
+#include "sim/models/lcd/lcd_model.h"
 #include "sim/models/memcards/memory_card_model.h"
 #include "sim/models/keyboard/keyboard_model.h"
 #include "sim/models/mechanism/mechanism_model.h"
@@ -20,6 +21,7 @@ std::shared_ptr<Terminal> make_terminal(const Scenario& scenario) {
     terminal->add_model(std::make_unique<IdentityModel>(parse_identity(scenario.document)));
     terminal->add_model(std::make_unique<KeypadModel>(parse_keypad(scenario.document)));
     terminal->add_model(std::make_unique<PinPadModel>(parse_pinpad(scenario.document)));
+    terminal->add_model(std::make_unique<LcdModel>());
     terminal->add_model(std::make_unique<ScreenModel>(parse_screen(scenario.document)));
     if (const auto cards = parse_cards(scenario.document))
         terminal->add_model(std::make_unique<CardReaderModel>(*cards, terminal->shared()));
