@@ -46,6 +46,7 @@ TEST_F(Commands, PayloadsOfTheMechanismStripeAndScanner) {
         {[&] { return Move_Card(icdev, 1); }, {0x00, 0x15, 0x00, 0x01}},
         {[&] { return Move_Card(icdev, 0); }, {0x00, 0x15, 0x00, 0x00}},
         {[&] { return get_device_status(icdev, out.data()); }, {0x00, 0x0E, 0x00}},
+        {[&] { return Get_CARD_ID(icdev, out.data()); }, {0xC8, 0x01, 0x00}},
         {[&] { return setmagic_mode(icdev, 1); }, {0xC6, 0x00, 0x00, 0x01}},
         {[&] { return get_barcode(icdev, 2, &length, out.data()); }, {0xC6, 0x01, 0x00, 0x02}},
         {[&] { return get_barcode(icdev, 10, &length, out.data()); }, {0xC6, 0x01, 0x00, 0x0A}},
@@ -112,6 +113,17 @@ TEST_F(Commands, RepliesShorterThanTheOutputs) {
     answer_with({});
     EXPECT_EQ(get_barcode(icdev, 3, &length, out.data()), 0);
     EXPECT_EQ(length, 0);
+}
+
+TEST_F(Commands, CardIdentityAfterAFailedActivation) {
+    os.respond = [](const Bytes& request) {
+        return payload_of(request)[0] == 0xC8 ? make_reply(0, {0x5A, 0x3C, 0x91, 0x07}) : make_reply(0x6A82);
+    };
+    std::array<char, 12> text;
+    text.fill('#');
+    ASSERT_EQ(Get_CARD_ID_hex(icdev, text.data()), 0);
+    EXPECT_EQ(std::string(text.data(), 10), std::string("5A3C9107\0#", 10));
+    EXPECT_EQ(os.requests.size(), 2u) << "the card is activated first";
 }
 
 TEST_F(Commands, TwoDimensionCodeDirectRouteTiming) {

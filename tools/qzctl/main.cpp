@@ -29,6 +29,8 @@ int main(int argc, char** argv) {
     add_pin_commands(app, action);
     add_pinpad_commands(app, action);
     add_memcard_commands(app, action);
+    add_scanner_commands(app, action);
+    add_mechanism_commands(app, action);
 
     try {
         app.parse(argc, argv);
