@@ -411,7 +411,7 @@ QZ_32_API int SetAutoSleepTime(int icdev, int time);
 QZ_32_API int SetScreenVendor(int icdev, unsigned char vendor);
 /* `vendor` gets a terminated text, empty after a failure (up to 1025 bytes). */
 QZ_32_API int GetScreenVendor(int icdev, char *vendor);
-/* `text` 1..2078 bytes; `fontSize` rounded to 16..240 pixels; null colours: red on
+/* `text` 1..2078 bytes; `fontSize` rounded to 16..240 pixels; null colours: blue on
  * white; `wrapMode` 1 wraps, else cuts. -19 also when the font component fails. */
 QZ_32_API int ShowTextInScreen(int icdev, const char *text, int fontSize, const char *fontColor, const char *backColor, int x, int y, int wrapMode, int textOption);
 /* The picture must fit at (x, y). */

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <memory>
 #include <mutex>
@@ -17,6 +18,9 @@
 #include "sim/core/scenario.h"
 #include "sim/endpoints/serial_endpoint.h"
 #include "sim/core/simulator.h"
+#include "sim/models/lcd/lcd_model.h"
+#include "sim/models/screen/png_file.h"
+#include "sim/models/screen/screen_model.h"
 
 namespace {
 
@@ -25,7 +29,25 @@ struct Options {
     std::optional<std::filesystem::path> ports_dir;
     std::string port_name = "COM1";
     std::optional<std::filesystem::path> mount_dir;
+    std::optional<std::filesystem::path> screen_png;
 };
+
+// The colour screen to `png` after every change, and the line LCD beside it as
+// "<name>-lcd.png" and "<name>-lcd.txt".
+void write_displays(qz::sim::Terminal& terminal, const std::filesystem::path& png) {
+    auto& screen = *terminal.model<qz::sim::ScreenModel>();
+    auto& lcd = *terminal.model<qz::sim::LcdModel>();
+    const auto lcd_base = png.parent_path() / (png.stem().string() + "-lcd");
+    screen.on_change([png](const qz::sim::FrameBuffer& shown) {
+        if (!shown.save_png(png)) std::cerr << "qzsim: cannot write " << png << '\n';
+    });
+    lcd.on_change([lcd_base](const qz::sim::LcdModel& shown) {
+        qz::sim::write_rgb_png(std::filesystem::path(lcd_base).concat(".png"), qz::sim::lcd_width, qz::sim::lcd_height,
+                               shown.rgb());
+        std::ofstream(std::filesystem::path(lcd_base).concat(".txt"), std::ios::trunc) << shown.as_text();
+    });
+    screen.visible().save_png(png);
+}
 
 // Signals are taken by sigwait in the main thread only; every server thread
 // starts with them blocked.
@@ -40,6 +62,7 @@ sigset_t stop_signals() {
 int serve(const Options& options) {
     const auto scenario = qz::sim::load_scenario(options.scenario);
     const auto terminal = qz::sim::make_terminal(scenario);
+    if (options.screen_png) write_displays(*terminal, *options.screen_png);
     std::mutex lock;
     qz::sim::SerialEndpoint serial_endpoint(*terminal);
     qz::sim::HidEndpoint hid_endpoint(*terminal, scenario.hid.report_length);
@@ -76,6 +99,8 @@ int main(int argc, char** argv) {
         ->needs(serial)
         ->check([](const std::string& name) { return name.find('/') == std::string::npos ? "" : "no '/' in a name"; });
     app.add_option("--hid", options.mount_dir, "Directory to mount the hidraw node on");
+    app.add_option("--screen", options.screen_png,
+                   "PNG file of the colour screen, written after every change (the LCD goes beside it)");
     CLI11_PARSE(app, argc, argv);
     if (!options.ports_dir && !options.mount_dir) {
         std::cerr << "qzsim: give --serial PORTS_DIR, --hid MOUNT_DIR or both\n";

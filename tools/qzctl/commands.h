@@ -17,6 +17,8 @@ void add_card_commands(CLI::App& app, Action& action);
 void add_identity_commands(CLI::App& app, Action& action);
 void add_pin_commands(CLI::App& app, Action& action);
 void add_pinpad_commands(CLI::App& app, Action& action);
+void add_screen_commands(CLI::App& app, Action& action);
+void add_lcd_commands(CLI::App& app, Action& action);
 void add_memcard_commands(CLI::App& app, Action& action);
 void add_scanner_commands(CLI::App& app, Action& action);
 void add_mechanism_commands(CLI::App& app, Action& action);

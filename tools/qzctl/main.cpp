@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
                  "With --sim: offer only the serial line, no USB node");
     app.add_option("--scenario", connection.scenario, "With --sim: scenario file of the simulator")
         ->check(CLI::ExistingFile);
+    app.add_option("--snapshot", connection.snapshot, "With --sim: save the simulated screen as PNG afterwards");
     app.add_flag("--json", json, "Print results as JSON");
     app.add_flag("-v,--verbose", connection.verbosity, "Say more (repeatable)");
 
@@ -28,6 +29,8 @@ int main(int argc, char** argv) {
     add_identity_commands(app, action);
     add_pin_commands(app, action);
     add_pinpad_commands(app, action);
+    add_screen_commands(app, action);
+    add_lcd_commands(app, action);
     add_memcard_commands(app, action);
     add_scanner_commands(app, action);
     add_mechanism_commands(app, action);
@@ -44,6 +47,7 @@ int main(int argc, char** argv) {
         Session session(connection);
         Output out(json);
         action(session, out);
+        if (!connection.snapshot.empty()) session.save_snapshot();
         out.print();
         return exit_ok;
     } catch (const Failure& failure) {

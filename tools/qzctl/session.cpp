@@ -1,5 +1,6 @@
 #include "session.h"
 
+#include <filesystem>
 #include <iostream>
 
 #include "qz_32.h"
@@ -25,6 +26,14 @@ int Session::device() {
     if (handle == 0) throw Failure(exit_no_terminal, "a link opened but no terminal answered the version request");
     throw Failure(exit_no_terminal, "no terminal on USB and serial port " + std::to_string(connection_.port) +
                                         " failed: " + status_text(handle));
+}
+
+void Session::save_snapshot() const {
+    if (!simulator_) throw Failure(exit_usage, "--snapshot needs --sim and a command that talks to the terminal");
+    std::error_code error;
+    std::filesystem::copy_file(simulator_->screen_file(), connection_.snapshot,
+                               std::filesystem::copy_options::overwrite_existing, error);
+    if (error) throw Failure(exit_command_failed, "saving the snapshot " + connection_.snapshot + ": " + error.message());
 }
 
 void Session::check(int result, const std::string& what) {

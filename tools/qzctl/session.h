@@ -29,6 +29,7 @@ struct Connection {
     bool simulate = false;
     bool simulate_serial_only = false;
     std::string scenario;
+    std::string snapshot;  // with simulate: where to save the simulated screen at the end
     int verbosity = 0;
 };
 
@@ -44,6 +45,8 @@ public:
     // Throws Failure(exit_command_failed) naming `what` and the status unless it is 0.
     static void check(int result, const std::string& what);
     const Connection& connection() const { return connection_; }
+    // Copies what the simulated screen shows to connection().snapshot.
+    void save_snapshot() const;
 
 private:
     Connection connection_;

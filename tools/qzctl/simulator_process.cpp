@@ -62,7 +62,7 @@ SimulatorProcess::SimulatorProcess(const std::string& scenario, bool serial_only
 }
 
 bool SimulatorProcess::launch(const std::string& scenario) {
-    std::vector<std::string> arguments{find_qzsim(), "--serial", folder_ + "/ports"};
+    std::vector<std::string> arguments{find_qzsim(), "--serial", folder_ + "/ports", "--screen", screen_file()};
     if (hid_) arguments.insert(arguments.end(), {"--hid", folder_ + "/hid"});
     if (!scenario.empty()) arguments.insert(arguments.end(), {"--scenario", scenario});
 

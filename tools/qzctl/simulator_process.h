@@ -15,6 +15,8 @@ public:
 
     // Where the simulator serves, for people.
     std::string description() const;
+    // The PNG file the simulator keeps of its colour screen.
+    std::string screen_file() const { return folder_ + "/screen.png"; }
 
 private:
     // Starts qzsim and waits until it serves; false (and no child left) if it does not.

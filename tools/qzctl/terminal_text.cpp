@@ -61,4 +61,9 @@ std::string gbk_to_utf8(std::string_view gbk) {
     return converter.convert(gbk);
 }
 
+std::string utf8_to_gbk(std::string_view utf8) {
+    static const Converter converter("GBK", "UTF-8");
+    return converter.convert(utf8);
+}
+
 }  // namespace qzctl

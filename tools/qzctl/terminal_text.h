@@ -14,4 +14,8 @@ std::string gbk_to_terminal(std::string_view gbk);
 // GBK to UTF-8. A byte that does not begin a GBK character becomes '?'.
 std::string gbk_to_utf8(std::string_view gbk);
 
+// UTF-8 (what command lines carry) to GBK, for texts the terminal shows.
+// Each byte that cannot be converted becomes '?'.
+std::string utf8_to_gbk(std::string_view utf8);
+
 }  // namespace qzctl
