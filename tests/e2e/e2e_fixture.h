@@ -12,11 +12,10 @@
 #include <string>
 
 #include "e2e/qzsim_process.h"
+#include "support/simulated_terminal.h"
 #include "support/temp_dir.h"
 
 namespace qz::test {
-
-enum class Link { hid, serial };
 
 std::string link_name(Link link);
 void PrintTo(Link link, std::ostream* out);

@@ -88,7 +88,7 @@ TEST_F(OpenDevice, ClosingTheSerialPortEndsItsExclusiveUse) {
     EXPECT_EQ(exclusive, 0);
 }
 
-TEST(OpenDeviceWithoutTerminal, MissingAndUnusablePorts) {
+TEST(OpenDeviceWithoutTerminal, MissingAndUnusablePortsAndForeignHandles) {
     TempDir folder;
     ScopedEnv hid_env("QZ_32_HIDRAW_DIR", (folder.path() / "no-hid").string());
     ScopedEnv ports_env("QZ_32_PORTS_DIR", folder.path().string());
@@ -104,6 +104,13 @@ TEST(OpenDeviceWithoutTerminal, MissingAndUnusablePorts) {
     }
     EXPECT_EQ(link_state().kind, LinkKind::none);
     link::reset_link_state();
+
+    // Only handles the library opened itself are closed: never standard input.
+    EXPECT_EQ(close_device(0), -1);
+    EXPECT_NE(fcntl(0, F_GETFD), -1);
+    const sim::UniqueFd foreign(::open("/dev/null", O_RDWR));
+    EXPECT_EQ(close_device(foreign.get()), -1);
+    EXPECT_NE(fcntl(foreign.get(), F_GETFD), -1);
 }
 
 class SilentTerminal : public SimulatorTest, public ::testing::WithParamInterface<Link> {};

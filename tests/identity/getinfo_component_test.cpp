@@ -40,14 +40,6 @@ Bytes bmp() {
     return out;
 }
 
-Bytes jpeg_of_one_colour(std::uint8_t r, std::uint8_t g, std::uint8_t b) {
-    Bytes image;
-    for (int i = 0; i < 16 * 16; ++i) image.insert(image.end(), {r, g, b});
-    Bytes out;
-    stbi_write_jpg_to_func(append, &out, 16, 16, 3, image.data(), 100);
-    return out;
-}
-
 std::uint32_t le(const Bytes& bytes, std::size_t at, int size) {
     std::uint32_t value = 0;
     for (int i = size; i-- > 0;) value = value << 8 | bytes.at(at + static_cast<std::size_t>(i));
@@ -113,18 +105,6 @@ TEST_F(GetInfoComponent, LosslessImagesBecomeTheSamePixels) {
     }
 }
 
-TEST_F(GetInfoComponent, JpegIsDecoded) {
-    ASSERT_EQ(decode(jpeg_of_one_colour(200, 40, 90), "photo.WLT"), 1);
-    const Picture picture = parse_bmp24(read_bytes(dir.path() / "photo.bmp"));
-    ASSERT_EQ(picture.width, 16);
-    ASSERT_EQ(picture.height, 16);
-    for (std::size_t i = 0; i < picture.rgb.size(); i += 3) {
-        EXPECT_NEAR(picture.rgb[i], 200, 4);
-        EXPECT_NEAR(picture.rgb[i + 1], 40, 4);
-        EXPECT_NEAR(picture.rgb[i + 2], 90, 4);
-    }
-}
-
 TEST_F(GetInfoComponent, RefusalsWriteNoBmp) {
     struct Case {
         const char* what;
@@ -153,23 +133,6 @@ TEST_F(GetInfoComponent, RefusalsWriteNoBmp) {
 TEST_F(GetInfoComponent, BmpThatCannotBeWrittenIsAnError) {
     fs::create_directories(dir.path() / "sfz.bmp" / "in the way");
     EXPECT_EQ(decode(png()), -1);
-}
-
-TEST(GetInfoStandIn, ReadWithAPhotoFromReplyToBmp) {
-    TempDir dir;
-    const std::string photo = (dir.path() / "photo.bmp").string();
-    identity::CardTexts texts;
-    auto outcome = identity::IDCardDecodeMsg(0, read_reply_data({.text = ordinary_card(), .photo = png()}),
-                                             photo.c_str(), texts, "GetInfoStandIn.dll");
-    ASSERT_EQ(outcome.result, 0);
-    EXPECT_EQ(texts.base_info, ordinary_card_text());
-    EXPECT_EQ(parse_bmp24(read_bytes(photo)).rgb, pixels);
-
-    outcome = identity::IDCardDecodeMsg(0, read_reply_data({.text = ordinary_card(), .photo = {1, 2, 3}}), photo.c_str(),
-                                        texts, "GetInfoStandIn.dll");
-    EXPECT_EQ(outcome.result, -6);
-    EXPECT_EQ(outcome.message, gbk("wlt文件格式错误"));
-    EXPECT_FALSE(fs::exists(photo));
 }
 
 }  // namespace
