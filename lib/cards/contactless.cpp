@@ -79,7 +79,8 @@ int open_card_keeping_answer(int icdev, std::uint8_t mode, unsigned char* uid) {
     SavedAnswer& saved = saved_answer();
     saved.length = 0;
     saved.bytes.fill(0);
-    link::set_link_timeouts(open_card_read_ms, 0);
+    // The open's read time-out stays in force after it.
+    const link::TimeoutsForCommand timeouts(open_card_read_ms, 0, open_card_read_ms, 0);
     std::array<std::uint8_t, SavedAnswer::capacity> answer{};
     unsigned char answer_length = 0;
     const int result = open_card(icdev, mode, Form::bytes, uid, answer.data(), &answer_length, answer.size());

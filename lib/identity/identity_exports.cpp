@@ -48,8 +48,13 @@ QZ_32_API int IDCardBaseMsg(int icdev, int nMode, int* nDataLen, unsigned char* 
 QZ_32_API int IDCardGetModeID(int icdev, unsigned char* nIdLen, unsigned char* sModeId) {
     if (nIdLen == nullptr || sModeId == nullptr) return link::status_bad_argument;
     link::Reply<mode_id_capacity> reply;
-    const int status = link::transact(icdev, link::Payload{0x32, 0x51}, reply);
-    link::set_link_timeouts(after_mode_id_read_ms, after_mode_id_write_gap_ms);
+    int status;
+    {
+        const auto& current = link::link_state();
+        const link::TimeoutsForCommand timeouts(current.read_ms, current.write_gap_ms, after_mode_id_read_ms,
+                                                after_mode_id_write_gap_ms);
+        status = link::transact(icdev, link::Payload{0x32, 0x51}, reply);
+    }
     if (status != 0) return status;
     const auto data = reply.data();
     *nIdLen = static_cast<unsigned char>(data.size());

@@ -48,7 +48,7 @@ int hid_open_terminal(std::uint32_t read_ms, std::uint32_t write_gap_ms, std::ui
         }
         if (*report_length != 0) {
             link_state().hid_report_length = *report_length;
-            link_log(log_format("ReportBufferSize = 0x%02x", *report_length));
+            write_log(log_format("ReportBufferSize = 0x%02x", *report_length));
             set_link_timeouts(read_ms, write_gap_ms);
         }
         return handle;
@@ -86,7 +86,7 @@ using namespace qz::link;
 
 QZ_32_API int open_device(unsigned char port, int baud) {
     write_log(log_format("open_device port = %d,Baud= %d", port, baud));
-    set_link_timeouts(100, 0);
+    const TimeoutsForCommand timeouts(100, 0, 5000, 0);
     int handle = hid_open_link(5000, 10, terminal_vendor, terminal_product);
     if (handle < 1) {
         handle = serial_open_link(port, baud);
@@ -102,7 +102,6 @@ QZ_32_API int open_device(unsigned char port, int baud) {
             handle = 0;
         }
     }
-    set_link_timeouts(5000, 0);
     write_log(log_format("open_device return = %d", handle));
     return handle;
 }

@@ -1,6 +1,5 @@
 #include "link/log.h"
 
-#include <cstdarg>
 #include <cstdio>
 #include <string>
 #include <system_error>
@@ -83,27 +82,6 @@ bool is_plain_folder(const fs::directory_entry& entry) {
 }  // namespace
 
 void write_log(std::string_view message) { append_record(message); }
-void link_log(std::string_view message) { append_record(message); }
-
-std::string log_format(const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    char small[256];
-    va_list copy;
-    va_copy(copy, arguments);
-    const int length = std::vsnprintf(small, sizeof small, format, copy);
-    va_end(copy);
-    std::string text;
-    if (length >= 0 && static_cast<std::size_t>(length) < sizeof small) {
-        text.assign(small, static_cast<std::size_t>(length));
-    } else if (length > 0) {
-        text.resize(static_cast<std::size_t>(length) + 1);
-        std::vsnprintf(text.data(), text.size(), format, arguments);
-        text.pop_back();
-    }
-    va_end(arguments);
-    return text;
-}
 
 void clean_log_folders(const fs::path& root) noexcept {
     try {

@@ -168,7 +168,7 @@ std::int16_t dev_transact(int icdev, std::span<const std::uint8_t> payload, int&
         status = hid ? hid_send_frame(icdev, request) : serial_send_frame(icdev, request);
     }
     if (status != status_ok) {
-        link_log(log_format("send return %d.", status));
+        write_log(log_format("send return %d.", status));
         return static_cast<std::int16_t>(status);
     }
 
@@ -177,7 +177,7 @@ std::int16_t dev_transact(int icdev, std::span<const std::uint8_t> payload, int&
     const auto receive_area = frame.first(std::min(frame.size(), reply.size() + frame_overhead + 3));
     status = hid ? hid_receive_frame(icdev, total, receive_area) : serial_receive_frame(icdev, total, receive_area);
     if (status != status_ok) {
-        link_log(log_format("receive return %d.", status));
+        write_log(log_format("receive return %d.", status));
         return static_cast<std::int16_t>(status);
     }
 

@@ -32,13 +32,15 @@ void random_fill(std::span<std::uint8_t> bytes, unsigned modulus) {
 
 int keypad_exchange(int icdev, std::uint8_t timeout, std::uint8_t mode, std::span<const std::uint8_t> command,
                     KeypadReply& reply) {
+    // A wait longer than the usual read time-out gets its own; the usual one follows.
     const std::uint32_t wait_ms = timeout * 1000u + 1000u;
-    if (wait_ms > default_read_ms) link::set_link_timeouts(wait_ms, 0);
+    const auto& current = link::link_state();
+    const bool longer = wait_ms > default_read_ms;
+    const link::TimeoutsForCommand timeouts(longer ? wait_ms : current.read_ms, longer ? 0 : current.write_gap_ms,
+                                            default_read_ms, 0);
     link::Payload payload{0x00, 0x08, 0x00, mode, timeout};
     payload.add(command);
-    const int result = link::transact(icdev, payload, reply);
-    link::set_link_timeouts(default_read_ms, 0);
-    return result;
+    return link::transact(icdev, payload, reply);
 }
 
 int pwdkb_exchange(int icdev, std::uint8_t timeout, std::uint8_t mode, std::span<const std::uint8_t> command,

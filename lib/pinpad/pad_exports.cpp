@@ -4,19 +4,21 @@
 #include "pinpad/pad_commands.h"
 #include "pinpad/pad_entry.h"
 #include "pinpad/pad_state.h"
+#include "reader/des_family.h"
 #include "qz_32.h"
 
 namespace qz::pinpad {
 namespace {
 
-// des_decrypt, or des3_decrypt for a 16-byte key, under the host's copy of the
-// current work key; -19 when its number is 16 or more (no copy is kept).
+// Single or triple DES decryption (by the key's type) under the host's copy of
+// the current work key; -19 when its number is 16 or more (no copy is kept).
 int decrypt_under_work_key(const unsigned char* data, unsigned char length, unsigned char* out) {
     PadState& state = pad_state();
     const KeyRow* row = key_row(state.pwdkb_work_keys, state.pwdkb_work_index);
     if (row == nullptr) return link::status_bad_argument;
     const unsigned char* key = row->data() + 1;
-    return (*row)[0] == 0 ? des_decrypt(key, data, length, out) : des3_decrypt(key, data, length, out);
+    const auto strength = (*row)[0] == 0 ? reader::DesStrength::single : reader::DesStrength::triple;
+    return reader::des_family(strength, reader::DesDirection::decrypt, key, data, length, out);
 }
 
 }  // namespace

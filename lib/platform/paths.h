@@ -5,14 +5,18 @@
 
 namespace qz::platform {
 
-// Folder that holds the HID device nodes (QZ_32_HIDRAW_DIR, default /dev).
+// Folder that holds the HID device nodes (QZ_32_HIDRAW_DIR).
 std::filesystem::path hidraw_dir();
 
-// Folder of COMn links to serial devices (QZ_32_PORTS_DIR, default /etc/qz_32/ports).
+// Folder of COMn links to serial devices (QZ_32_PORTS_DIR).
 std::filesystem::path ports_dir();
 
-// Root of the diagnostic log; its existence switches the log on
-// (QZ_32_LOG_ROOT, default /var/log/QZlog).
+// Root of the diagnostic log; its existence switches the log on (QZ_32_LOG_ROOT).
 std::filesystem::path log_root();
+
+// The system's defaults for the three, defined in the system's folder.
+std::filesystem::path default_hidraw_dir();
+std::filesystem::path default_ports_dir();
+std::filesystem::path default_log_root();
 
 }  // namespace qz::platform

@@ -1,17 +1,11 @@
 #include "platform/platform.h"
 
-#include "platform/linux/linux_platform.h"
-
 namespace qz::platform {
 namespace {
 Platform* installed = nullptr;
 }
 
-Platform& current() {
-    if (installed != nullptr) return *installed;
-    static LinuxPlatform system;
-    return system;
-}
+Platform& current() { return installed != nullptr ? *installed : system_platform(); }
 
 void install(Platform* platform) { installed = platform; }
 

@@ -78,6 +78,10 @@ public:
 // The platform in use: the system's own unless a test installed another.
 Platform& current();
 
+// The system's own platform, defined by the folder of the system the library is
+// built for (linux/, ...).
+Platform& system_platform();
+
 // Installs `platform` for all that follows (nullptr restores the system's own).
 // The caller keeps ownership and keeps it alive while it is installed.
 void install(Platform* platform);

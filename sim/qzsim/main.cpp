@@ -16,6 +16,7 @@
 #include "sim/endpoints/hidraw_fuse.h"
 #include "sim/endpoints/pty_server.h"
 #include "sim/core/scenario.h"
+#include "sim/core/scenario_folder.h"
 #include "sim/endpoints/serial_endpoint.h"
 #include "sim/core/simulator.h"
 #include "sim/models/lcd/lcd_model.h"
@@ -25,7 +26,7 @@
 namespace {
 
 struct Options {
-    std::filesystem::path scenario = std::filesystem::path(QZ_32_SIM_SCENARIO_DIR) / "default.json";
+    std::filesystem::path scenario = qz::sim::scenario_folder() / "default.json";
     std::optional<std::filesystem::path> ports_dir;
     std::string port_name = "COM1";
     std::optional<std::filesystem::path> mount_dir;

@@ -39,7 +39,7 @@ TEST_F(Log, RecordBytesOnDisk) {
     link::write_log("a\nb");
     EXPECT_EQ(read_file(root / "20261123" / "qz3log09.txt"), "[09:05:03:7]==> a\r\nb\r\r\n\r\r\n");
     os.local.millisecond = 123;
-    link::link_log("send return -24.");
+    link::write_log("send return -24.");
     EXPECT_EQ(read_file(root / "20261123" / "qz3log09.txt"),
               "[09:05:03:7]==> a\r\nb\r\r\n\r\r\n[09:05:03:123]==> send return -24.\r\r\n\r\r\n");
 }

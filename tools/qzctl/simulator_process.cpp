@@ -21,7 +21,9 @@ std::string find_qzsim() {
     std::error_code error;
     const fs::path self = fs::read_symlink("/proc/self/exe", error);
     if (!error && fs::exists(self.parent_path() / "qzsim", error)) return (self.parent_path() / "qzsim").string();
+#ifdef QZCTL_BUILD_QZSIM
     if (fs::exists(QZCTL_BUILD_QZSIM, error)) return QZCTL_BUILD_QZSIM;
+#endif
     return "qzsim";
 }
 

@@ -41,6 +41,7 @@
 #include <optional>
 #include <string>
 
+#include "sim/core/scenario_folder.h"
 #include "sim/models/cards/emv_card.h"
 #include "sim/models/cards/iso7816_card.h"
 
@@ -65,11 +66,11 @@ struct CardsConfig {
 // The "cards" section of a scenario; nothing when it has none. Throws
 // ScenarioError naming the place of a bad value.
 std::optional<CardsConfig> parse_cards(const nlohmann::json& document,
-                                       const std::filesystem::path& folder = QZ_32_SIM_SCENARIO_DIR);
+                                       const std::filesystem::path& folder = scenario_folder());
 
 // One card as it is described for `location`; `where` names it in errors.
 CardConfig parse_card(const nlohmann::json& value, CardLocation location, const std::string& where,
-                      const std::filesystem::path& folder = QZ_32_SIM_SCENARIO_DIR);
+                      const std::filesystem::path& folder = scenario_folder());
 
 std::unique_ptr<Iso7816Card> make_card(const CardConfig& config);
 

@@ -22,6 +22,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "sim/core/scenario_folder.h"
 #include "sim/models/identity/identity_card.h"
 
 namespace qz::sim {
@@ -59,12 +60,10 @@ struct IdentityConfig {
     ModuleStatus status = module_ok;
 };
 
-// Shipped photos lie beside the shipped scenarios.
-inline const std::filesystem::path default_photo_folder = QZ_32_SIM_SCENARIO_DIR;
-
-// Reads the "identity" section of a scenario document (defaults without one).
+// Reads the "identity" section of a scenario document (defaults without one);
+// photo files are looked for in `photo_folder`.
 // Throws ScenarioError naming the place of a bad value.
 IdentityConfig parse_identity(const nlohmann::json& document,
-                              const std::filesystem::path& photo_folder = default_photo_folder);
+                              const std::filesystem::path& photo_folder = scenario_folder());
 
 }  // namespace qz::sim
