@@ -14,6 +14,9 @@ constexpr int path_too_long = -1;
 constexpr std::size_t max_photo_path = 254;
 
 // Link time-outs while the module reads the card, and those left behind.
+// The module's two reads: text and photo, or text, photo and finger data.
+constexpr std::uint8_t text_and_photo_class = 0x32, text_and_photo_read = 0x50;
+constexpr std::uint8_t with_finger_class = 0xD0, with_finger_read = 0x07;
 constexpr std::uint32_t read_ms = 4000, read_write_gap_ms = 10;
 constexpr std::uint32_t after_read_ms = 2000, after_write_gap_ms = 2;
 
@@ -70,7 +73,8 @@ Outcome module_status(std::span<const std::uint8_t, 3> status) {
 }
 
 Outcome read_card(int icdev, int mode, ReadReply& reply) {
-    const link::Payload payload = mode == 0 ? link::Payload{0x32, 0x50, 0x00} : link::Payload{0xD0, 0x07, 0x00};
+    const link::Payload payload = mode == 0 ? link::Payload{text_and_photo_class, text_and_photo_read, 0x00}
+                                            : link::Payload{with_finger_class, with_finger_read, 0x00};
     int status = 0;
     {
         const link::TimeoutsForCommand timeouts(read_ms, read_write_gap_ms, after_read_ms, after_write_gap_ms);

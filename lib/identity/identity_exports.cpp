@@ -12,6 +12,7 @@ namespace link = qz::link;
 
 namespace {
 
+constexpr std::uint8_t module_class = 0x32, module_identifier = 0x51;
 constexpr std::uint32_t after_mode_id_read_ms = 2000, after_mode_id_write_gap_ms = 10;
 // The identifier's length goes out in one byte.
 constexpr std::size_t mode_id_capacity = 255;
@@ -53,7 +54,7 @@ QZ_32_API int IDCardGetModeID(int icdev, unsigned char* nIdLen, unsigned char* s
         const auto& current = link::link_state();
         const link::TimeoutsForCommand timeouts(current.read_ms, current.write_gap_ms, after_mode_id_read_ms,
                                                 after_mode_id_write_gap_ms);
-        status = link::transact(icdev, link::Payload{0x32, 0x51}, reply);
+        status = link::transact(icdev, link::Payload{module_class, module_identifier}, reply);
     }
     if (status != 0) return status;
     const auto data = reply.data();

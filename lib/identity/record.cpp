@@ -8,25 +8,54 @@
 namespace qz::identity {
 namespace {
 
-// Where a field lies in the text block and which field kind decodes it.
+// The fields of the text block by name, for both kinds of card, in the order
+// of the result text: where each lies and which field kind of its card's
+// decoder (IDFieldToText, IDForeignFieldToText) decodes it.
+enum class Field {
+    name, gender, ethnic_group, birth_date, address, id_number, authority, valid_from, valid_until,
+    card_number, country, chinese_name, version, authority_code, card_type, reserved,
+};
+
 struct FieldSlot {
+    RecordKind card;
+    Field field;
     std::size_t offset;
     std::size_t bytes;
     int kind;
 };
 
-constexpr std::array<FieldSlot, 10> ordinary_fields{{
-    {0, 30, 0}, {30, 2, 1}, {32, 4, 2}, {36, 16, 3}, {52, 70, 4},
-    {122, 36, 5}, {158, 30, 6}, {188, 16, 7}, {204, 16, 8}, {220, 36, 9},
-}};
+constexpr FieldSlot record_layout[]{
+    {RecordKind::ordinary, Field::name, 0, 30, 0},
+    {RecordKind::ordinary, Field::gender, 30, 2, 1},
+    {RecordKind::ordinary, Field::ethnic_group, 32, 4, 2},
+    {RecordKind::ordinary, Field::birth_date, 36, 16, 3},
+    {RecordKind::ordinary, Field::address, 52, 70, 4},
+    {RecordKind::ordinary, Field::id_number, 122, 36, 5},
+    {RecordKind::ordinary, Field::authority, 158, 30, 6},
+    {RecordKind::ordinary, Field::valid_from, 188, 16, 7},
+    {RecordKind::ordinary, Field::valid_until, 204, 16, 8},
+    {RecordKind::ordinary, Field::reserved, 220, 36, 9},
+    {RecordKind::foreign, Field::name, 0, 120, 1},
+    {RecordKind::foreign, Field::gender, 120, 2, 2},
+    {RecordKind::foreign, Field::card_number, 122, 30, 3},
+    {RecordKind::foreign, Field::country, 152, 6, 4},
+    {RecordKind::foreign, Field::chinese_name, 158, 30, 5},
+    {RecordKind::foreign, Field::valid_from, 188, 16, 6},
+    {RecordKind::foreign, Field::valid_until, 204, 16, 7},
+    {RecordKind::foreign, Field::birth_date, 220, 16, 8},
+    {RecordKind::foreign, Field::version, 236, 4, 9},
+    {RecordKind::foreign, Field::authority_code, 240, 8, 10},
+    {RecordKind::foreign, Field::card_type, 248, 2, 11},
+    {RecordKind::foreign, Field::reserved, 250, 6, 12},
+};
 
-constexpr std::array<FieldSlot, 12> foreign_fields{{
-    {0, 120, 1}, {120, 2, 2}, {122, 30, 3}, {152, 6, 4}, {158, 30, 5}, {188, 16, 6},
-    {204, 16, 7}, {220, 16, 8}, {236, 4, 9}, {240, 8, 10}, {248, 2, 11}, {250, 6, 12},
-}};
+consteval FieldSlot slot_of(RecordKind card, Field field) {
+    for (const FieldSlot& slot : record_layout)
+        if (slot.card == card && slot.field == field) return slot;
+    throw "the layout lacks this field";
+}
 
-constexpr FieldSlot card_type_field = foreign_fields[10];
-constexpr int country_code_kind = 4;
+constexpr FieldSlot card_type_field = slot_of(RecordKind::foreign, Field::card_type);
 
 std::uint8_t byte_at(std::span<const std::uint8_t> reply, std::size_t offset) {
     return offset < reply.size() ? reply[offset] : 0;
@@ -81,12 +110,11 @@ RecordKind record_kind(std::span<const std::uint8_t, text_block_size> text_block
 
 std::string card_text(std::span<const std::uint8_t, text_block_size> text_block) {
     const RecordKind kind = record_kind(text_block);
-    const std::span<const FieldSlot> fields =
-        kind == RecordKind::foreign ? std::span<const FieldSlot>(foreign_fields) : ordinary_fields;
     std::string text = std::to_string(static_cast<int>(kind)) + "|";
-    for (const FieldSlot& slot : fields) {
+    for (const FieldSlot& slot : record_layout) {
+        if (slot.card != kind) continue;
         const std::string field = decode_field(slot, text_block, kind);
-        text += kind == RecordKind::foreign && slot.kind == country_code_kind ? country_text(field) : field;
+        text += slot.field == Field::country ? country_text(field) : field;
         text += '|';
     }
     return text;

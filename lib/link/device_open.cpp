@@ -5,6 +5,7 @@
 #include "api/qz_32.h"
 #include "link/command.h"
 #include "link/link_state.h"
+#include "link/terminal_commands.h"
 #include "link/log.h"
 #include "link/status.h"
 #include "platform/platform.h"
@@ -124,7 +125,7 @@ QZ_32_API int get_version(int icdev, unsigned char* length, unsigned char* versi
     int result;
     {
         TimeoutsForCommand timeouts(100, 0);
-        result = transact(icdev, Payload{0x00, 0x01, 0x00}, reply);
+        result = transact(icdev, Payload{terminal_class, terminal::version, 0x00}, reply);
     }
     write_log(log_format("get_version HANDLE = %d,return = %d", icdev, result));
     if (result == 0) {

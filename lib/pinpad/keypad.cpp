@@ -6,6 +6,7 @@
 #include <random>
 
 #include "link/link_state.h"
+#include "link/terminal_commands.h"
 #include "link/status.h"
 #include "pinpad/keypad_table.h"
 #include "pinpad/wiped_bytes.h"
@@ -18,6 +19,7 @@ using reader::des_block;
 using reader::des_block_size;
 
 constexpr std::uint32_t default_read_ms = 5000;
+constexpr std::uint8_t keypad_entry = 0x08;
 constexpr std::size_t protected_command_size = 3 + des_block_size;  // ESC, letter, row, wrapped key
 constexpr std::size_t longest_protected_reply = 2 * des_block_size;
 
@@ -38,7 +40,7 @@ int keypad_exchange(int icdev, std::uint8_t timeout, std::uint8_t mode, std::spa
     const bool longer = wait_ms > default_read_ms;
     const link::TimeoutsForCommand timeouts(longer ? wait_ms : current.read_ms, longer ? 0 : current.write_gap_ms,
                                             default_read_ms, 0);
-    link::Payload payload{0x00, 0x08, 0x00, mode, timeout};
+    link::Payload payload{link::terminal_class, keypad_entry, 0x00, mode, timeout};
     payload.add(command);
     return link::transact(icdev, payload, reply);
 }

@@ -7,6 +7,7 @@
 #include "link/card_lock.h"
 #include "link/command.h"
 #include "link/status.h"
+#include "link/terminal_commands.h"
 #include "qz_32.h"
 
 namespace qz::reader {
@@ -14,6 +15,8 @@ namespace {
 
 using link::Payload;
 using link::Reply;
+using link::terminal_class;
+namespace terminal = link::terminal;
 
 constexpr std::size_t serial_number_size = 20;
 constexpr unsigned eeprom_limit = 200;  // highest offset and longest range
@@ -29,7 +32,7 @@ bool eeprom_range_ok(unsigned offset, unsigned length) {
 }
 
 Payload eeprom_command(std::uint8_t instruction, unsigned start, unsigned count) {
-    Payload payload{0x00, instruction, 0x00};
+    Payload payload{terminal_class, instruction, 0x00};
     payload.add(static_cast<std::uint8_t>(start / 2)).add_be16(static_cast<std::uint16_t>(count));
     return payload;
 }
@@ -42,7 +45,7 @@ int read_eeprom(int icdev, unsigned offset, unsigned length, unsigned char* data
     unsigned count = length + (odd_start ? 1 : 0);
     count += count & 1;
     Reply<eeprom_reply_capacity> reply;
-    const int result = link::transact(icdev, eeprom_command(0x0B, start, count), reply);
+    const int result = link::transact(icdev, eeprom_command(terminal::read_eeprom, start, count), reply);
     if (result == 0) std::copy_n(reply.area.begin() + (odd_start ? 1 : 0), length, data);
     return result;
 }
@@ -68,7 +71,7 @@ int write_eeprom(int icdev, unsigned offset, unsigned length, const unsigned cha
         tail_byte = kept[read_count - 1];
     }
 
-    Payload payload = eeprom_command(0x0A, start, count);
+    Payload payload = eeprom_command(terminal::write_eeprom, start, count);
     if (head) payload.add(head_byte);
     payload.add(std::span(data, length));
     if (tail) payload.add(tail_byte);
@@ -80,32 +83,35 @@ int write_eeprom(int icdev, unsigned offset, unsigned length, const unsigned cha
 
 using qz::link::Payload;
 using qz::link::status_bad_argument;
+using qz::link::terminal_class;
+namespace terminal = qz::link::terminal;
 
 QZ_32_API int dev_setbaud(int icdev, unsigned char baud_code) {
     if (baud_code > 4) return status_bad_argument;
-    return qz::reader::command(icdev, Payload{0x00, 0x04, 0x00, baud_code});
+    return qz::reader::command(icdev, Payload{terminal_class, terminal::speed, 0x00, baud_code});
 }
 
 QZ_32_API int dev_beep(int icdev, unsigned char beep_a, unsigned char beep_b, unsigned char beep_c) {
-    return qz::reader::command(icdev, Payload{0x00, 0x02, 0x00, beep_c, beep_b, beep_a});
+    return qz::reader::command(icdev, Payload{terminal_class, terminal::beep, 0x00, beep_c, beep_b, beep_a});
 }
 
 QZ_32_API int dev_disp(int icdev, unsigned char mode) {
-    return qz::reader::command(icdev, Payload{0x00, 0x03, 0x00, mode});
+    return qz::reader::command(icdev, Payload{terminal_class, terminal::display, 0x00, mode});
 }
 
 QZ_32_API int dev_cardstate(int icdev, unsigned char* state) {
     if (state == nullptr) return status_bad_argument;
     std::lock_guard guard(qz::link::card_lock());
     qz::link::Reply<64> reply;
-    const int result = qz::link::transact(icdev, Payload{0x00, 0x07, 0x00}, reply);
+    const int result = qz::link::transact(icdev, Payload{terminal_class, terminal::card_state, 0x00}, reply);
     if (result == 0) *state = reply.area[0];
     return result;
 }
 
 QZ_32_API int dev_writesnr(int icdev, unsigned char length, const unsigned char* data) {
     if (length == 0 || length > qz::reader::serial_number_size || data == nullptr) return status_bad_argument;
-    Payload payload{0x00, 0x08, 0x00, static_cast<std::uint8_t>(qz::reader::serial_number_size)};
+    Payload payload{terminal_class, terminal::write_serial_number, 0x00,
+                    static_cast<std::uint8_t>(qz::reader::serial_number_size)};
     payload.add(std::span(data, length)).add_zeros(qz::reader::serial_number_size - length);
     return qz::reader::command(icdev, payload);
 }
@@ -114,7 +120,8 @@ QZ_32_API int dev_readsnr(int icdev, unsigned char length, unsigned char* data) 
     if (length == 0 || length > qz::reader::serial_number_size || data == nullptr) return status_bad_argument;
     const auto count = static_cast<std::uint8_t>(length + (length & 1));
     qz::link::Reply<64> reply;
-    const int result = qz::link::transact(icdev, Payload{0x00, 0x09, 0x00, count}, reply);
+    const int result =
+        qz::link::transact(icdev, Payload{terminal_class, terminal::read_serial_number, 0x00, count}, reply);
     if (result == 0) std::copy_n(reply.area.begin(), length, data);
     return result;
 }
@@ -126,7 +133,7 @@ QZ_32_API int dev_readregno(int icdev, unsigned char* length, unsigned char* dat
     int result;
     {
         qz::link::TimeoutsForCommand timeouts(100, 0);
-        result = qz::link::transact(icdev, Payload{0x00, 0x0F, 0x00}, reply);
+        result = qz::link::transact(icdev, Payload{terminal_class, terminal::registration_number, 0x00}, reply);
     }
     if (result == 0) {
         *length = static_cast<unsigned char>(reply.length);

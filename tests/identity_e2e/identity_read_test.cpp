@@ -27,8 +27,6 @@ using Bytes = std::vector<std::uint8_t>;
 using nlohmann::json;
 
 constexpr int module_failed = -50;
-constexpr int reply_too_long = -38;
-constexpr int bad_argument = -19;
 // What the host gives room for.
 constexpr std::size_t base_info_size = 3096, finger_info_size = 2060, raw_reply_size = 3096;
 
@@ -134,18 +132,6 @@ INSTANTIATE_TEST_SUITE_P(CardsAndLinks, ReadEveryWay,
                                     (std::get<1>(info.param) == Link::hid ? "_hid" : "_serial");
                          });
 
-TEST_F(IdentityEndToEnd, WithoutAPhotoPathNoFileIsMade) {
-    ASSERT_NO_FATAL_FAILURE(connect(default_identity()));
-    const fs::path here = fs::current_path();
-    fs::current_path(dir.path());
-    const Read result = read(1);
-    fs::current_path(here);
-    ASSERT_EQ(result.result, 0);
-    EXPECT_EQ(result.base, ordinary_text);
-    EXPECT_EQ(result.finger, ordinary_finger);
-    EXPECT_TRUE(fs::is_empty(dir.path()));
-}
-
 TEST_F(IdentityEndToEnd, ModuleStatusesGiveTheModulesFailure) {
     ASSERT_NO_FATAL_FAILURE(connect(default_identity()));
     const sim::ModuleStatus failures[] = {
@@ -184,20 +170,6 @@ TEST_F(IdentityEndToEnd, PhotoThatIsNoPictureIsAFormatError) {
     EXPECT_EQ(result.result, -6) << "the component's format error, less 2";
     EXPECT_EQ(result.base, "untouched");
     EXPECT_FALSE(fs::exists(photo));
-}
-
-TEST_F(IdentityEndToEnd, ReplyBeyondTheReadAreaIsRefused) {
-    json document = default_identity();
-    document["identity"]["cards"]["ordinary"]["photo"] = std::string(3096 - 11 - 256 + 1, 'x');
-    ASSERT_NO_FATAL_FAILURE(connect(document));
-    int length = -7;
-    std::vector<unsigned char> raw(raw_reply_size + 64, 0xEE);
-    EXPECT_EQ(IDCardBaseMsg(icdev, 1, &length, raw.data()), reply_too_long);
-    EXPECT_EQ(length, -7);
-    EXPECT_EQ(raw[0], 0xEE);
-    EXPECT_EQ(read(1).result, reply_too_long);
-    module().present("foreigner");
-    EXPECT_EQ(read(1).result, 0) << "the link is still good";
 }
 
 }  // namespace

@@ -110,24 +110,5 @@ TEST_F(EndToEnd, SecondInterfaceOnAPadOfTypeOne) {
     EXPECT_EQ(mw_kb_getpin(icdev, 1, rdata.data()), -0x6D00) << "this pad doesn't know sub-command 09";
 }
 
-TEST_F(EndToEnd, KeyPressesOneByOneOnTheNewerPad) {
-    start({{"pinpad", {{"entries", {"42"}}}}});
-    open_gates();
-    ASSERT_EQ(pwdkb_getpwd_new2_WaitNextKeyPress(icdev, &rlen, rdata.data()), 0);
-    EXPECT_EQ(Bytes(rdata.begin(), rdata.begin() + rlen), Bytes{'4'});
-    ASSERT_EQ(pwdkb_getpwd_encrypt_new2_WaitNextKeyPress(icdev, &rlen, rdata.data()), 0);
-    EXPECT_EQ(Bytes(rdata.begin(), rdata.begin() + rlen), Bytes{'*'}) << "a digit of an encrypted entry stays hidden";
-    EXPECT_EQ(pwdkb_getpwd_new2_WaitNextKeyPress(icdev, &rlen, rdata.data()), -0x6400);
-}
-
-TEST_F(EndToEnd, DefaultScenarioPadDeciphersUnderItsOwnWorkKey) {
-    start({{"pinpad", shipped_scenario().at("pinpad")}});
-    open_gates();
-    ASSERT_EQ(pwdkb_getpwd_encrypt2(icdev, 0, card.data(), &rlen, rdata.data()), 0);
-    std::array<unsigned char, 8> clear{};
-    ASSERT_EQ(des3_decrypt(work16.data(), rdata.data(), 8, clear.data()), 0);
-    EXPECT_EQ(format0_pin(Bytes(clear.begin(), clear.end()), concat({{0x00, 0x00}, card})), "123456");
-}
-
 }  // namespace
 }  // namespace qz::test
