@@ -10,7 +10,7 @@ namespace {
 using Lcd = ScreenTest;
 
 TEST_F(Lcd, PayloadSizesFollowTheBytesTaken) {
-    const unsigned char a[] = "A", pair[] = "\xB0\xA1", cut[] = "\xB0\xA1";
+    const unsigned char a[] = "A", pair[] = "\xB0\xA1", cut[] = "\xB0\xA1", fifteen[] = "ABCDEFGHIJKLMNO";
     struct Case {
         std::function<int()> call;
         Bytes head;
@@ -22,7 +22,7 @@ TEST_F(Lcd, PayloadSizesFollowTheBytesTaken) {
         {[&] { return lcd_display_string(handle, 0, 0, 2, pair); }, {0x00, 0x0C, 0x00, 0x00, 0, 0}, 38},
         {[&] { return lcd_display_string2(handle, 0, 15, 1, cut); }, {0x00, 0x0C, 0x00, 0x00, 0, 15}, 38},
         {[&] { return lcd_display_new(handle, 2, 15, 1, cut); }, {0x00, 0x10, 0x00, 0x00, 2, 15, 0xB0, 0xA1}, 8},
-        {[&] { return lcd_display_new(handle, 2, 1, 15, a); }, {0x00, 0x10, 0x00, 0x00, 2, 1}, 21},
+        {[&] { return lcd_display_new(handle, 2, 1, 15, fifteen); }, {0x00, 0x10, 0x00, 0x00, 2, 1}, 21},
         {[&] { return lcd_clear(handle); }, {0x00, 0x0D, 0x00}, 3},
         {[&] { return adjusts_Brightness(handle, 1); }, {0x00, 0x11, 0x00, 0x01}, 4},
         {[&] { return backlight_Delay(handle, 0xFE); }, {0x00, 0x12, 0x00, 0xFE}, 4},
