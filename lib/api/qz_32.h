@@ -11,8 +11,12 @@
  * length output to 0 before they start. All text is GBK; hex text is upper case
  * and terminated on output, either case on input.
  *
- * Thread safety: one transaction with the terminal at a time per process. The
- * library keeps process-wide link state and takes no lock around a transaction.
+ * Thread safety: every function that talks to the terminal holds one
+ * process-wide recursive lock for the whole call. A call from another thread
+ * waits until the running one returns; a function that calls another keeps the
+ * lock it holds. So two threads may share one terminal, and each gets its own
+ * reply. The link state (time-outs, link kind) stays process-wide: a process
+ * works with one terminal at a time.
  *
  * Link statuses, the link's own results:
  *   -1   the platform refused a HID feature report

@@ -1,6 +1,7 @@
 // The bank card exports: PAN and holder's name, contactless, contact, or by the card state.
 #include "bank/card_path.h"
 #include "bank/pan_name.h"
+#include "link/export_lock.h"
 #include "link/status.h"
 #include "qz_32.h"
 
@@ -13,6 +14,7 @@ constexpr bool in_contact_slot(unsigned char state) { return state == 0 || state
 
 QZ_32_API int GetPanNoCardHldName(int icdev, unsigned char* sPan, unsigned short* nPanLen,
                                   unsigned char* sCardHldName, unsigned short* nCardHldNameLen) {
+    const qz::link::ExportLock lock;
     if (sPan == nullptr || nPanLen == nullptr || sCardHldName == nullptr || nCardHldNameLen == nullptr)
         return qz::link::status_bad_argument;
     unsigned char nCardState = 0;
@@ -23,12 +25,14 @@ QZ_32_API int GetPanNoCardHldName(int icdev, unsigned char* sPan, unsigned short
 
 QZ_32_API int NC_GetPanNoCardHldName(int icdev, unsigned char* sPan, unsigned short* nPanLen,
                                      unsigned char* sCardHldName, unsigned short* nCardHldNameLen) {
+    const qz::link::ExportLock lock;
     qz::bank::ContactlessPath path(icdev);
     return qz::bank::read_pan_and_name(path, {sPan, nPanLen, sCardHldName, nCardHldNameLen});
 }
 
 QZ_32_API int ICC_GetPanNoCardHldName(int icdev, unsigned char slot, unsigned char* sPan, unsigned short* nPanLen,
                                       unsigned char* sCardHldName, unsigned short* nCardHldNameLen) {
+    const qz::link::ExportLock lock;
     qz::bank::ContactPath path(icdev, slot);
     return qz::bank::read_pan_and_name(path, {sPan, nPanLen, sCardHldName, nCardHldNameLen});
 }

@@ -1,11 +1,9 @@
 #include "cards/contactless.h"
 
 #include <algorithm>
-#include <mutex>
 #include <string>
 
 #include "cards/card_commands.h"
-#include "link/card_lock.h"
 #include "link/link_state.h"
 #include "link/log.h"
 #include "link/status.h"
@@ -54,7 +52,6 @@ int deactivate(int icdev, std::uint8_t card_class) {
 
 int open_card(int icdev, std::uint8_t mode, Form form, void* uid, void* ats, unsigned char* ats_length,
               std::size_t ats_room) {
-    std::lock_guard lock(link::card_lock());
     if (mode > 1 || uid == nullptr || ats == nullptr || ats_length == nullptr) return link::status_bad_argument;
     *ats_length = 0;
     ActivationReply activation;
@@ -75,7 +72,6 @@ SavedAnswer& saved_answer() {
 
 int open_card_keeping_answer(int icdev, std::uint8_t mode, unsigned char* uid) {
     if (uid == nullptr) return link::status_bad_argument;
-    std::lock_guard lock(link::card_lock());
     SavedAnswer& saved = saved_answer();
     saved.length = 0;
     saved.bytes.fill(0);

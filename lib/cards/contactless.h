@@ -15,7 +15,7 @@ namespace qz::cards {
 // Longest answer to select that an activation reply can carry (its length is one byte).
 inline constexpr std::size_t max_answer_length = 255;
 
-// Activates the card in the field (C1 30 00 `mode`, `mode` 0 or 1) under card_lock
+// Activates the card in the field (C1 30 00 `mode`, `mode` 0 or 1)
 // and hands over its UID (length not reported) and its answer to select, with
 // `*ats_length` in the units of `form`. A reply whose UID or answer runs past its
 // end, or an answer over `ats_room` units, gives status_reply_too_long.

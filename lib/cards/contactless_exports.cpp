@@ -4,6 +4,7 @@
 
 #include "cards/card_commands.h"
 #include "cards/contactless.h"
+#include "link/export_lock.h"
 #include "link/status.h"
 #include "qz_32.h"
 
@@ -12,23 +13,28 @@ using qz::link::status_bad_argument;
 
 QZ_32_API int OpenCard(int icdev, unsigned char mode, unsigned char* uid, unsigned char* ats,
                        unsigned char* ats_length) {
+    const qz::link::ExportLock lock;
     return qz::cards::open_card(icdev, mode, Form::bytes, uid, ats, ats_length);
 }
 
 QZ_32_API int OpenCard_hex(int icdev, unsigned char mode, char* uid, char* ats, unsigned char* ats_length) {
+    const qz::link::ExportLock lock;
     return qz::cards::open_card(icdev, mode, Form::hex, uid, ats, ats_length);
 }
 
 QZ_32_API int Open_Card(int icdev, unsigned char mode, unsigned char* uid) {
+    const qz::link::ExportLock lock;
     return qz::cards::open_card_keeping_answer(icdev, mode, uid);
 }
 
 QZ_32_API int Reset_Card(int, unsigned char* ats, unsigned char* ats_length) {
+    const qz::link::ExportLock lock;
     return qz::cards::kept_answer(ats, ats_length);
 }
 
 QZ_32_API int ExchangePro(int icdev, const unsigned char* command, unsigned short command_length,
                           unsigned char* response, unsigned short* response_length) {
+    const qz::link::ExportLock lock;
     if (response == nullptr || response_length == nullptr || (command == nullptr && command_length != 0))
         return status_bad_argument;
     *response_length = 0;
@@ -42,6 +48,7 @@ QZ_32_API int ExchangePro(int icdev, const unsigned char* command, unsigned shor
 }
 
 QZ_32_API int ExchangePro_hex(int icdev, const char* command, char* response) {
+    const qz::link::ExportLock lock;
     if (command == nullptr || response == nullptr) return status_bad_argument;
     const auto apdu = qz::cards::bytes_of_hex(command);
     if (!apdu) return -1;
@@ -51,4 +58,7 @@ QZ_32_API int ExchangePro_hex(int icdev, const char* command, char* response) {
     return result;
 }
 
-QZ_32_API int CloseCard(int icdev) { return qz::cards::deactivate(icdev, qz::cards::contactless_class); }
+QZ_32_API int CloseCard(int icdev) {
+    const qz::link::ExportLock lock;
+    return qz::cards::deactivate(icdev, qz::cards::contactless_class);
+}

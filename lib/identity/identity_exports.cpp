@@ -4,6 +4,7 @@
 
 #include "identity/base64.h"
 #include "identity/card_read.h"
+#include "link/export_lock.h"
 #include "link/status.h"
 #include "qz_32.h"
 
@@ -24,6 +25,7 @@ void copy_text(const std::string& text, char* out) { std::memcpy(out, text.c_str
 }  // namespace
 
 QZ_32_API int IDReadCard(int icdev, int nMode, const char* sPhotoPath, char* sBaseInfo, char* sFingerInfo) {
+    const qz::link::ExportLock lock;
     if (!valid_mode(nMode) || sBaseInfo == nullptr || sFingerInfo == nullptr) return link::status_bad_argument;
     identity::ReadReply reply;
     if (const auto read = identity::read_card(icdev, nMode, reply); read.result != 0) return read.result;
@@ -37,6 +39,7 @@ QZ_32_API int IDReadCard(int icdev, int nMode, const char* sPhotoPath, char* sBa
 }
 
 QZ_32_API int IDCardBaseMsg(int icdev, int nMode, int* nDataLen, unsigned char* sData) {
+    const qz::link::ExportLock lock;
     if (!valid_mode(nMode) || nDataLen == nullptr || sData == nullptr) return link::status_bad_argument;
     identity::ReadReply reply;
     if (const auto read = identity::read_card(icdev, nMode, reply); read.result != 0) return read.result;
@@ -47,6 +50,7 @@ QZ_32_API int IDCardBaseMsg(int icdev, int nMode, int* nDataLen, unsigned char* 
 }
 
 QZ_32_API int IDCardGetModeID(int icdev, unsigned char* nIdLen, unsigned char* sModeId) {
+    const qz::link::ExportLock lock;
     if (nIdLen == nullptr || sModeId == nullptr) return link::status_bad_argument;
     link::Reply<mode_id_capacity> reply;
     int status;

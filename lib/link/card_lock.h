@@ -1,5 +1,5 @@
-// The library's one lock. It surrounds only the card state query and the
-// opening of a contactless card; it is re-entrant.
+// The library's one lock, re-entrant, created by the load hook. Exports take it
+// through ExportLock.
 #pragma once
 
 #include <mutex>

@@ -4,6 +4,7 @@
 
 #include "api/qz_32.h"
 #include "link/command.h"
+#include "link/export_lock.h"
 #include "link/link_state.h"
 #include "link/terminal_commands.h"
 #include "link/log.h"
@@ -86,6 +87,7 @@ int serial_open_link(int port, int baud) {
 using namespace qz::link;
 
 QZ_32_API int open_device(unsigned char port, int baud) {
+    const qz::link::ExportLock lock;
     write_log(log_format("open_device port = %d,Baud= %d", port, baud));
     const TimeoutsForCommand timeouts(100, 0, 5000, 0);
     int handle = hid_open_link(5000, 10, terminal_vendor, terminal_product);
@@ -108,6 +110,7 @@ QZ_32_API int open_device(unsigned char port, int baud) {
 }
 
 QZ_32_API int close_device(int icdev) {
+    const qz::link::ExportLock lock;
     write_log(log_format("close_device HANDLE = %d", icdev));
     if (icdev == -1) return -1;
     if (qz::platform::current().close(icdev)) {
@@ -119,6 +122,7 @@ QZ_32_API int close_device(int icdev) {
 }
 
 QZ_32_API int get_version(int icdev, unsigned char* length, unsigned char* version) {
+    const qz::link::ExportLock lock;
     if (length == nullptr || version == nullptr) return status_bad_argument;
     *length = 0;
     Reply<255> reply;

@@ -1,8 +1,8 @@
 // The one blocking request and reply with the terminal.
 //
-// Thread safety: one transaction at a time per process. The link state is
-// process-wide and nothing here takes a lock; two threads in a transaction on the
-// same link would mix their frames.
+// Thread safety: the caller holds ExportLock (every export that talks to the
+// terminal does); two threads in a transaction on the same link would mix their
+// frames.
 #pragma once
 
 #include <cstdint>

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 
+#include "link/export_lock.h"
 #include "link/link_state.h"
 #include "link/status.h"
 #include "pinpad/pad_commands.h"
@@ -62,6 +63,7 @@ using qz::link::status_bad_argument;
 QZ_32_API int mw_kb_open(int, int) { return 0; }
 
 QZ_32_API int mw_kb_close(int) {
+    const qz::link::ExportLock lock;
     qz::link::set_link_timeouts(5000, 0);
     return 0;
 }
@@ -69,14 +71,22 @@ QZ_32_API int mw_kb_close(int) {
 QZ_32_API void set_kb_type(int type) { pad_state().kb_type = type; }
 
 QZ_32_API int set_kb_outputMode(int icdev, int mode) {
+    const qz::link::ExportLock lock;
     return send_setting(icdev, sub_output_mode, static_cast<std::uint8_t>(mode));
 }
 
-QZ_32_API int mw_kb_settimeout(int icdev, unsigned char seconds) { return settimeout(icdev, seconds); }
+QZ_32_API int mw_kb_settimeout(int icdev, unsigned char seconds) {
+    const qz::link::ExportLock lock;
+    return settimeout(icdev, seconds);
+}
 
-QZ_32_API int mw_kb_setpasslen(int icdev, unsigned char length) { return setpwdlen(icdev, length); }
+QZ_32_API int mw_kb_setpasslen(int icdev, unsigned char length) {
+    const qz::link::ExportLock lock;
+    return setpwdlen(icdev, length);
+}
 
 QZ_32_API int mw_kb_downloadmainkey(int icdev, int keymode, int mainno, const char* keytext) {
+    const qz::link::ExportLock lock;
     if (!in_range(mainno, 0, highest_main_key)) return status_bad_argument;
     return load_key_text(keymode, keytext, [&](std::uint8_t mode, const unsigned char* key) {
         return load_mainkey(icdev, mode, static_cast<std::uint8_t>(mainno), key);
@@ -84,6 +94,7 @@ QZ_32_API int mw_kb_downloadmainkey(int icdev, int keymode, int mainno, const ch
 }
 
 QZ_32_API int mw_kb_downloaduserkey(int icdev, int keymode, int mainno, int workno, const char* keytext) {
+    const qz::link::ExportLock lock;
     if (!in_range(mainno, 0, highest_main_key) || !in_range(workno, 0, highest_work_key)) return status_bad_argument;
     return load_key_text(keymode, keytext, [&](std::uint8_t mode, const unsigned char* key) {
         return load_workkey(icdev, mode, static_cast<std::uint8_t>(mainno), static_cast<std::uint8_t>(workno), key);
@@ -92,6 +103,7 @@ QZ_32_API int mw_kb_downloaduserkey(int icdev, int keymode, int mainno, int work
 
 QZ_32_API int mw_kb_downloaduserkey_nb(int icdev, int keymode, unsigned char mainno, unsigned char workno,
                                        const char* keytext) {
+    const qz::link::ExportLock lock;
     return load_key_text(keymode, keytext, [&](std::uint8_t mode, const unsigned char* key) {
         return load_workkey_nb(icdev, mode, mainno, workno, key);
     });
@@ -104,6 +116,7 @@ QZ_32_API int mw_kb_activekey(int, int mainno, int workno) {
 }
 
 QZ_32_API int mw_kb_getpin(int icdev, int mode, unsigned char* out) {
+    const qz::link::ExportLock lock;
     if (!in_range(mode, 1, 4) || out == nullptr) return status_bad_argument;
     PadReply reply;
     const EntryForm form = entry_for_pad_type(pad_state().kb_type, mode, false);
@@ -113,6 +126,7 @@ QZ_32_API int mw_kb_getpin(int icdev, int mode, unsigned char* out) {
 }
 
 QZ_32_API int mw_kb_getenpin(int icdev, int mode, const char* cardtext, char* outtext) {
+    const qz::link::ExportLock lock;
     if (!in_range(mode, 1, 4) || cardtext == nullptr || outtext == nullptr) return status_bad_argument;
     std::array<std::uint8_t, card_number_size> card{};
     if (bytes_from_text(cardtext, card) != 0) return -1;
@@ -123,6 +137,7 @@ QZ_32_API int mw_kb_getenpin(int icdev, int mode, const char* cardtext, char* ou
 }
 
 QZ_32_API int mw_kb_getenpin_nb(int icdev, int mode, unsigned char keyno, char* outtext) {
+    const qz::link::ExportLock lock;
     if (!in_range(mode, 1, 2) || outtext == nullptr) return status_bad_argument;
     return encrypted_entry_text(icdev, mode == 1 ? form::getpwd_nb : form::getpwd_again_nb, {.keyno = keyno}, outtext);
 }

@@ -2,10 +2,9 @@
 // card state, serial and registration numbers, EEPROM.
 #include <algorithm>
 #include <array>
-#include <mutex>
 
-#include "link/card_lock.h"
 #include "link/command.h"
+#include "link/export_lock.h"
 #include "link/status.h"
 #include "link/terminal_commands.h"
 #include "qz_32.h"
@@ -87,21 +86,24 @@ using qz::link::terminal_class;
 namespace terminal = qz::link::terminal;
 
 QZ_32_API int dev_setbaud(int icdev, unsigned char baud_code) {
+    const qz::link::ExportLock lock;
     if (baud_code > 4) return status_bad_argument;
     return qz::reader::command(icdev, Payload{terminal_class, terminal::speed, 0x00, baud_code});
 }
 
 QZ_32_API int dev_beep(int icdev, unsigned char beep_a, unsigned char beep_b, unsigned char beep_c) {
+    const qz::link::ExportLock lock;
     return qz::reader::command(icdev, Payload{terminal_class, terminal::beep, 0x00, beep_c, beep_b, beep_a});
 }
 
 QZ_32_API int dev_disp(int icdev, unsigned char mode) {
+    const qz::link::ExportLock lock;
     return qz::reader::command(icdev, Payload{terminal_class, terminal::display, 0x00, mode});
 }
 
 QZ_32_API int dev_cardstate(int icdev, unsigned char* state) {
+    const qz::link::ExportLock lock;
     if (state == nullptr) return status_bad_argument;
-    std::lock_guard guard(qz::link::card_lock());
     qz::link::Reply<64> reply;
     const int result = qz::link::transact(icdev, Payload{terminal_class, terminal::card_state, 0x00}, reply);
     if (result == 0) *state = reply.area[0];
@@ -109,6 +111,7 @@ QZ_32_API int dev_cardstate(int icdev, unsigned char* state) {
 }
 
 QZ_32_API int dev_writesnr(int icdev, unsigned char length, const unsigned char* data) {
+    const qz::link::ExportLock lock;
     if (length == 0 || length > qz::reader::serial_number_size || data == nullptr) return status_bad_argument;
     Payload payload{terminal_class, terminal::write_serial_number, 0x00,
                     static_cast<std::uint8_t>(qz::reader::serial_number_size)};
@@ -117,6 +120,7 @@ QZ_32_API int dev_writesnr(int icdev, unsigned char length, const unsigned char*
 }
 
 QZ_32_API int dev_readsnr(int icdev, unsigned char length, unsigned char* data) {
+    const qz::link::ExportLock lock;
     if (length == 0 || length > qz::reader::serial_number_size || data == nullptr) return status_bad_argument;
     const auto count = static_cast<std::uint8_t>(length + (length & 1));
     qz::link::Reply<64> reply;
@@ -127,6 +131,7 @@ QZ_32_API int dev_readsnr(int icdev, unsigned char length, unsigned char* data) 
 }
 
 QZ_32_API int dev_readregno(int icdev, unsigned char* length, unsigned char* data) {
+    const qz::link::ExportLock lock;
     if (length == nullptr || data == nullptr) return status_bad_argument;
     *length = 0;
     qz::link::Reply<255> reply;
@@ -143,9 +148,11 @@ QZ_32_API int dev_readregno(int icdev, unsigned char* length, unsigned char* dat
 }
 
 QZ_32_API int dev_readeeprom(int icdev, unsigned short offset, unsigned short length, unsigned char* data) {
+    const qz::link::ExportLock lock;
     return qz::reader::read_eeprom(icdev, offset, length, data);
 }
 
 QZ_32_API int dev_writeeeprom(int icdev, unsigned short offset, unsigned short length, const unsigned char* data) {
+    const qz::link::ExportLock lock;
     return qz::reader::write_eeprom(icdev, offset, length, data);
 }
