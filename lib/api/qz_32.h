@@ -31,7 +31,10 @@
  *   -25  reading a byte from the serial port failed
  *   -33  icdev below 1
  *   -34  no STX: none in three HID reports, or not the first serial byte
- *   -35  the last byte of the reply frame isn't ETX
+ *   -35  the last byte of the reply frame isn't ETX; on a serial port also a
+ *        reply that stops coming: the reading ends at the first byte that does
+ *        not come within the read time-out, so no reply takes longer than that
+ *        time-out after its last byte
  *   -36  payload and BCC of the reply don't XOR to 0
  *   -37  the request frame is longer than 65530 bytes
  *   -38  the reply announces more data than the library's reply area for this
@@ -81,11 +84,11 @@ QZ_32_API int dev_disp(int icdev, unsigned char mode);
 QZ_32_API int dev_cardstate(int icdev, unsigned char *state);
 /* `length` 1..20. */
 QZ_32_API int dev_writesnr(int icdev, unsigned char length, const unsigned char *data);
-/* `length` 1..20; `data` gets `length` bytes. */
+/* `length` 1..20; `data` gets `length` bytes, -39 when the reply holds fewer. */
 QZ_32_API int dev_readsnr(int icdev, unsigned char length, unsigned char *data);
 /* `*length` is 0 after a failure. */
 QZ_32_API int dev_readregno(int icdev, unsigned char *length, unsigned char *data);
-/* `offset` 0..200, `length` 1..200, in bytes. */
+/* `offset` 0..200, `length` 1..200, in bytes; -39 when the reply holds fewer. */
 QZ_32_API int dev_readeeprom(int icdev, unsigned short offset, unsigned short length, unsigned char *data);
 /* `offset` 0..200, `length` 1..200; neighbour bytes of a partly written word are kept. */
 QZ_32_API int dev_writeeeprom(int icdev, unsigned short offset, unsigned short length, const unsigned char *data);
@@ -103,7 +106,8 @@ QZ_32_API int rf_encrypt(const unsigned char *key, const unsigned char *data, un
 QZ_32_API int rf_decrypt(const unsigned char *key, const unsigned char *data, unsigned int length, unsigned char *out);
 /* `text` needs 2 * `length` + 1 bytes. */
 QZ_32_API int hex_asc(const unsigned char *source, char *text, unsigned int length);
-/* `length` counts output bytes; `target` needs `length` + 1. -1 on a non-hex character. */
+/* `length` counts output bytes; `target` needs `length` + 1. -1 on a non-hex
+ * character; nothing behind it is read, so a terminated shorter text is safe. */
 QZ_32_API int asc_hex(const char *text, unsigned char *target, unsigned int length);
 /* Decrypts as des_decrypt (8-byte key) or des3_decrypt (16-byte key) under the host's
  * copy of the PIN pad's current work key: the key number of the last encrypted entry,
@@ -316,7 +320,8 @@ QZ_32_API int at24c01a_write(int icdev, unsigned short offset, unsigned short le
 QZ_32_API int dev_pwdkb(int icdev, unsigned char timeout, unsigned char mode, unsigned char length, const unsigned char *data, unsigned char *rlen, unsigned char *rdata);
 QZ_32_API int dev_pwdkb_getpwd(int icdev, unsigned char timeout, unsigned char *rlen, unsigned char *rdata);
 QZ_32_API int dev_pwdkb_getpwd_again(int icdev, unsigned char timeout, unsigned char *rlen, unsigned char *rdata);
-/* Keyed under a fresh session key, decrypted here: `rdata` 16 bytes, `*rlen` 8 or 16. */
+/* Keyed under a fresh session key from the system's random source, decrypted
+ * here: `rdata` 16 bytes, `*rlen` 8 or 16; -39 for a reply under one 8-byte block. */
 QZ_32_API int dev_pwdkb_getpwd_encrypt(int icdev, unsigned char timeout, unsigned char *rlen, unsigned char *rdata);
 QZ_32_API int dev_pwdkb_getpwd_again_encrypt(int icdev, unsigned char timeout, unsigned char *rlen, unsigned char *rdata);
 

@@ -119,37 +119,50 @@ int serial_send_frame(int handle, std::span<const std::uint8_t> frame) {
     return status_ok;
 }
 
-int serial_read_byte(int handle, std::uint8_t& byte) {
+platform::ByteRead serial_read_byte(int handle, std::uint8_t& byte) {
     auto& os = platform::current();
     const std::uint32_t start = os.tick_ms();
     for (;;) {
-        switch (os.serial_read(handle, byte)) {
-            case platform::ByteRead::received: return status_ok;
-            case platform::ByteRead::failed: return status_serial_read_failed;
-            case platform::ByteRead::timed_out: break;
-        }
-        if (elapsed_since(start) >= link_state().read_ms) return status_ok;
+        const platform::ByteRead read = os.serial_read(handle, byte);
+        if (read != platform::ByteRead::timed_out || elapsed_since(start) >= link_state().read_ms) return read;
     }
 }
 
+namespace {
+
+// Reads `part` one byte at a time and stops at the first byte that does not come.
+// Gives the number of bytes that came, or status_serial_read_failed.
+int serial_read_bytes(int handle, std::span<std::uint8_t> part) {
+    for (std::size_t offset = 0; offset < part.size(); ++offset) {
+        switch (serial_read_byte(handle, part[offset])) {
+            case platform::ByteRead::received: break;
+            case platform::ByteRead::timed_out: return static_cast<int>(offset);
+            case platform::ByteRead::failed: return status_serial_read_failed;
+        }
+    }
+    return static_cast<int>(part.size());
+}
+
+}  // namespace
+
 int serial_receive_frame(int handle, std::size_t& total, std::span<std::uint8_t> frame) {
-    // A byte that does not come in time stays 0 and the reading goes on.
-    auto read_into = [&](std::size_t offset) {
-        frame[offset] = 0;
-        return serial_read_byte(handle, frame[offset]);
-    };
+    // The head starts zeroed: a first byte that does not come is no STX, and a
+    // length byte that does not come counts 0.
+    std::fill_n(frame.begin(), 3, 0);
     total = 0;
-    if (int status = read_into(0); status != status_ok) return status;
+    if (const int came = serial_read_bytes(handle, frame.first(1)); came < 0) return came;
     if (frame[0] != stx) return status_no_stx;
-    for (std::size_t offset : {1, 2})
-        if (int status = read_into(offset); status != status_ok) return status;
+    const int length_bytes = serial_read_bytes(handle, frame.subspan(1, 2));
+    if (length_bytes < 0) return length_bytes;
 
     total = ((std::size_t{frame[1]} << 8) | frame[2]) + frame_overhead;
     if (total > frame.size()) return status_reply_too_long;
-    for (std::size_t offset = 3; offset < total; ++offset)
-        if (int status = read_into(offset); status != status_ok) return status;
-
-    if (frame[total - 1] != etx) return status_bad_etx;
+    // The reading ends at the first byte that does not come: the frame then ends
+    // without its ETX.
+    if (length_bytes < 2) return status_bad_etx;
+    const int rest = serial_read_bytes(handle, frame.subspan(3, total - 3));
+    if (rest < 0) return rest;
+    if (static_cast<std::size_t>(rest) < total - 3 || frame[total - 1] != etx) return status_bad_etx;
     return frame_check(frame.subspan(3, total - 4));
 }
 
@@ -176,6 +189,8 @@ std::int16_t dev_transact(int icdev, std::span<const std::uint8_t> payload, int&
     std::size_t total = 0;
     const auto receive_area = frame.first(std::min(frame.size(), reply.size() + frame_overhead + 3));
     status = hid ? hid_receive_frame(icdev, total, receive_area) : serial_receive_frame(icdev, total, receive_area);
+    // A reply needs its three status bytes; a shorter one would give a negative length.
+    if (status == status_ok && total < frame_overhead + 3) status = status_reply_too_short;
     if (status != status_ok) {
         write_log(log_format("receive return %d.", status));
         return static_cast<std::int16_t>(status);

@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <span>
 
+#include "platform/platform.h"
+
 namespace qz::link {
 
 // Wraps `payload` in a frame, sends it over the open link, receives and checks the
@@ -15,7 +17,8 @@ namespace qz::link {
 // -(status_hi * 256 + status_lo) cut to 16 bits (so 0x9000 gives +28672).
 // On status 0, `reply_length` is LEN - 3 and that many reply data bytes are in
 // `reply`; a reply that announces more than `reply` holds is refused with
-// status_reply_too_long. An `icdev` below 1 gives status_no_device and touches
+// status_reply_too_long, one shorter than its three status bytes with
+// status_reply_too_short. An `icdev` below 1 gives status_no_device and touches
 // nothing; every other failure leaves `reply_length` 0 and reply[0] 0.
 std::int16_t dev_transact(int icdev, std::span<const std::uint8_t> payload, int& reply_length,
                           std::span<std::uint8_t> reply);
@@ -27,7 +30,10 @@ int hid_write_report(int handle, std::span<const std::uint8_t> piece);
 int hid_read_report(int handle, std::span<std::uint8_t> data);
 int hid_receive_frame(int handle, std::size_t& total, std::span<std::uint8_t> frame);
 int serial_send_frame(int handle, std::span<const std::uint8_t> frame);
-int serial_read_byte(int handle, std::uint8_t& byte);
+// One byte within read_ms: received, timed_out when none came, or failed.
+platform::ByteRead serial_read_byte(int handle, std::uint8_t& byte);
+// A reply frame that stops coming ends at the first missing byte, with
+// status_bad_etx: no reply waits longer than read_ms after its last byte.
 int serial_receive_frame(int handle, std::size_t& total, std::span<std::uint8_t> frame);
 
 }  // namespace qz::link

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <ctime>
-#include <random>
 
 #include "link/link_state.h"
 #include "link/terminal_commands.h"
 #include "link/status.h"
 #include "pinpad/keypad_table.h"
 #include "pinpad/wiped_bytes.h"
+#include "platform/random.h"
 #include "reader/des.h"
 
 namespace qz::pinpad {
@@ -23,11 +22,11 @@ constexpr std::uint8_t keypad_entry = 0x08;
 constexpr std::size_t protected_command_size = 3 + des_block_size;  // ESC, letter, row, wrapped key
 constexpr std::size_t longest_protected_reply = 2 * des_block_size;
 
-// Each fill seeds the generator afresh with the current time in seconds and keeps
-// every draw modulo `modulus`.
+// Bytes from the system's random source, each kept modulo `modulus`; the terminal
+// only needs a row number below the table's size and a key without 0xFF.
 void random_fill(std::span<std::uint8_t> bytes, unsigned modulus) {
-    std::minstd_rand engine(static_cast<std::minstd_rand::result_type>(std::time(nullptr)));
-    for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(engine() % modulus);
+    platform::random_bytes(bytes);
+    for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(byte % modulus);
 }
 
 }  // namespace
@@ -82,11 +81,13 @@ int protected_entry(int icdev, std::uint8_t timeout, EntryLetter letter, unsigne
     std::ranges::copy(sWorkPwd.bytes, command.begin() + 3);  // sWorkPwd_Encrypt
 
     KeypadReply reply;
-    const int result =
-        keypad_exchange(icdev, timeout, static_cast<std::uint8_t>(KeypadMode::protected_entry), command, reply);
+    // A reply without a whole cipher block holds no PIN.
+    const int result = reply.require(
+        keypad_exchange(icdev, timeout, static_cast<std::uint8_t>(KeypadMode::protected_entry), command, reply),
+        des_block_size);
     if (result != 0) return result;
 
-    // Fewer than 9 bytes make one block, the zeros of the reply area filling it up.
+    // 9 to 15 bytes make two blocks, the zeros of the reply area filling up the second.
     const std::size_t length = reply.length > static_cast<int>(des_block_size) ? longest_protected_reply : des_block_size;
     for (std::size_t offset = 0; offset < length; offset += des_block_size)
         des_block(reply.area.data() + offset, sWorkKey.data(), reader::des_mode_decrypt);

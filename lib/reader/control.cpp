@@ -44,8 +44,9 @@ int read_eeprom(int icdev, unsigned offset, unsigned length, unsigned char* data
     unsigned count = length + (odd_start ? 1 : 0);
     count += count & 1;
     Reply<eeprom_reply_capacity> reply;
-    const int result = link::transact(icdev, eeprom_command(terminal::read_eeprom, start, count), reply);
-    if (result == 0) std::copy_n(reply.area.begin() + (odd_start ? 1 : 0), length, data);
+    const std::size_t skipped = odd_start ? 1 : 0;
+    const int result = reply.require(link::transact(icdev, eeprom_command(terminal::read_eeprom, start, count), reply), skipped + length);
+    if (result == 0) std::copy_n(reply.area.begin() + static_cast<std::ptrdiff_t>(skipped), length, data);
     return result;
 }
 
@@ -105,7 +106,8 @@ QZ_32_API int dev_cardstate(int icdev, unsigned char* state) {
     const qz::link::ExportLock lock;
     if (state == nullptr) return status_bad_argument;
     qz::link::Reply<64> reply;
-    const int result = qz::link::transact(icdev, Payload{terminal_class, terminal::card_state, 0x00}, reply);
+    const int result =
+        reply.require(qz::link::transact(icdev, Payload{terminal_class, terminal::card_state, 0x00}, reply), 1);
     if (result == 0) *state = reply.area[0];
     return result;
 }
@@ -124,8 +126,8 @@ QZ_32_API int dev_readsnr(int icdev, unsigned char length, unsigned char* data) 
     if (length == 0 || length > qz::reader::serial_number_size || data == nullptr) return status_bad_argument;
     const auto count = static_cast<std::uint8_t>(length + (length & 1));
     qz::link::Reply<64> reply;
-    const int result =
-        qz::link::transact(icdev, Payload{terminal_class, terminal::read_serial_number, 0x00, count}, reply);
+    const int result = reply.require(
+        qz::link::transact(icdev, Payload{terminal_class, terminal::read_serial_number, 0x00, count}, reply), length);
     if (result == 0) std::copy_n(reply.area.begin(), length, data);
     return result;
 }

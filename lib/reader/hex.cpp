@@ -33,8 +33,6 @@ constexpr std::array<std::uint16_t, 256> nibble_table(int shift) {
 constexpr auto high_nibbles = nibble_table(4);
 constexpr auto low_nibbles = nibble_table(0);
 
-inline std::uint16_t decode_pair(const unsigned char* pair) { return high_nibbles[pair[0]] | low_nibbles[pair[1]]; }
-
 }  // namespace
 
 void to_hex(std::span<const std::uint8_t> bytes, std::span<char> text) {
@@ -48,25 +46,14 @@ void to_hex(std::span<const std::uint8_t> bytes, std::span<char> text) {
 std::size_t from_hex(std::span<const char> text, std::span<std::uint8_t> bytes) {
     const std::size_t count = std::min(text.size() / 2, bytes.size());
     const auto* in = reinterpret_cast<const unsigned char*>(text.data());
-    constexpr std::size_t chunk = 8;
-    std::size_t done = 0;
-    // Whole chunks are decoded aside and stored only when every digit is good; the
-    // byte-wise loop then finds the exact stop inside a bad chunk.
-    for (; done + chunk <= count; done += chunk) {
-        std::array<std::uint8_t, chunk> decoded;
-        std::uint16_t flags = 0;
-        for (std::size_t i = 0; i < chunk; ++i) {
-            const std::uint16_t value = decode_pair(in + 2 * (done + i));
-            flags |= value;
-            decoded[i] = static_cast<std::uint8_t>(value);
-        }
-        if ((flags & not_a_digit) != 0) break;
-        std::memcpy(bytes.data() + done, decoded.data(), chunk);
-    }
-    for (; done < count; ++done) {
-        const std::uint16_t value = decode_pair(in + 2 * done);
-        if ((value & not_a_digit) != 0) return done;
-        bytes[done] = static_cast<std::uint8_t>(value);
+    // Pair by pair: the text may end at its first non-digit, so nothing behind that
+    // character is read.
+    for (std::size_t done = 0; done < count; ++done) {
+        const std::uint16_t high = high_nibbles[in[2 * done]];
+        if ((high & not_a_digit) != 0) return done;
+        const std::uint16_t low = low_nibbles[in[2 * done + 1]];
+        if ((low & not_a_digit) != 0) return done;
+        bytes[done] = static_cast<std::uint8_t>(high | low);
     }
     return count;
 }

@@ -70,22 +70,6 @@ TEST_F(Contactless, ModeAboveOneIsRefusedBeforeAnythingAndFreesTheLock) {
     EXPECT_TRUE(lock_is_free());
 }
 
-TEST_F(Contactless, OpeningHoldsCardLockForTheExchange) {
-    bool held_during_exchange = false;
-    os.respond = [&](const Bytes&) {
-        held_during_exchange = !lock_is_free();
-        return make_reply(0, activation_reply(uid, ats));
-    };
-    std::array<std::uint8_t, 16> out{};
-    unsigned char length = 0;
-    ASSERT_EQ(OpenCard(icdev, 0, out.data(), out.data(), &length), 0);
-    EXPECT_TRUE(held_during_exchange);
-    held_during_exchange = false;
-    ASSERT_EQ(Open_Card(icdev, 0, out.data()), 0);
-    EXPECT_TRUE(held_during_exchange);
-    EXPECT_TRUE(lock_is_free());
-}
-
 TEST_F(Contactless, FailedActivationLeavesLengthZeroAndOutputsAlone) {
     replies.push_back(make_reply(0x0005));
     std::array<std::uint8_t, 8> out{};

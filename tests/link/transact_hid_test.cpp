@@ -90,12 +90,12 @@ TEST_F(HidTransact, ShortReplyLengths) {
     os.respond = [](const Bytes&) { return make_reply(0); };
     EXPECT_EQ(transact({0x00}), 0);
     EXPECT_EQ(length, 0);
-    // LEN below 3 with zero status bytes: the length goes below zero, no data.
-    for (auto [payload, expected] : {std::pair{Bytes{0x00, 0x00}, -1}, std::pair{Bytes{0x00}, -2}}) {
-        os.respond = [p = payload](const Bytes&) { return make_frame(p); };
+    // LEN below 3 holds no status bytes: refused, with no length and no data.
+    for (const Bytes& payload : {Bytes{0x00, 0x00}, Bytes{0x00}, Bytes{}}) {
+        os.respond = [&](const Bytes&) { return make_frame(payload); };
         reply.fill(0xEE);
-        EXPECT_EQ(transact({0x00}), 0);
-        EXPECT_EQ(length, expected);
+        EXPECT_EQ(transact({0x00}), -39);
+        EXPECT_EQ(length, 0);
         EXPECT_EQ(reply[1], 0xEE);
     }
 }

@@ -1,9 +1,12 @@
 #include "reader/hex.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -80,6 +83,25 @@ TEST(AscHex, BadDigitAnywhereKeepsExactlyTheBytesBeforeIt) {
             std::copy(good_bytes.begin(), good_bytes.begin() + at / 2, expected.begin());
             EXPECT_EQ(target, expected);
         }
+}
+
+// The text ends right before a page that may not be read: a read past its
+// terminator is a crash in any build.
+TEST(AscHex, ReadsNothingPastTheFirstCharacterThatIsNotADigit) {
+    const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    void* area = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(area, MAP_FAILED);
+    char* guard = static_cast<char*>(area) + page;
+    ASSERT_EQ(mprotect(guard, page, PROT_NONE), 0);
+    for (const std::string digits : {"", "A", "0123456789abcdef0123456789ABCDEF", "0123456789abcdef0123456789ABCDE"}) {
+        SCOPED_TRACE(digits);
+        char* text = guard - digits.size() - 1;
+        std::memcpy(text, digits.c_str(), digits.size() + 1);
+        Bytes target(256, sentinel);
+        EXPECT_EQ(asc_hex(text, target.data(), 255), -1);
+        EXPECT_EQ(target[digits.size() / 2], sentinel);
+    }
+    munmap(area, 2 * page);
 }
 
 TEST(AscHex, LengthZeroWritesOnlyTheTerminator) {

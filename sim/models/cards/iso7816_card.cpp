@@ -1,4 +1,5 @@
 #include "sim/models/cards/iso7816_card.h"
+#include "sim/core/recent_history.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -30,7 +31,7 @@ void Iso7816Card::reset() {
 }
 
 std::vector<std::uint8_t> Iso7816Card::transmit(std::span<const std::uint8_t> bytes) {
-    received_.emplace_back(bytes.begin(), bytes.end());
+    keep_recent(received_, std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
     const auto apdu = parse_apdu(bytes);
     if (!apdu) {
         waiting_.clear();

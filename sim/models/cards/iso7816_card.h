@@ -57,7 +57,8 @@ public:
     // One command APDU in, the response data and status words out.
     std::vector<std::uint8_t> transmit(std::span<const std::uint8_t> apdu);
 
-    // Every command APDU received, in order, GET RESPONSE included.
+    // The most recent command APDUs received (recent_history_limit), in order,
+    // GET RESPONSE included.
     const std::vector<std::vector<std::uint8_t>>& received() const { return received_; }
 
 private:

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "sim/core/frame_codec.h"
+#include "sim/core/recent_history.h"
 #include "sim/core/status.h"
 
 namespace qz::sim {
@@ -54,7 +55,7 @@ Reply ControlModel::handle(const Command& command) {
 Reply ControlModel::version(std::span<const std::uint8_t>) { return ok(config_.version); }
 
 Reply ControlModel::beep(std::span<const std::uint8_t> body) {
-    beeps_.push_back({body[1], body[2], body[3]});
+    keep_recent(beeps_, Beep{body[1], body[2], body[3]});
     return ok();
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "sim/core/recent_history.h"
 #include "sim/models/pinpad/des_cipher.h"
 #include "sim/core/json_values.h"
 #include "sim/core/status.h"
@@ -50,7 +51,7 @@ Reply KeypadModel::handle(const Command& command) {
     if (letter != 'I' && letter != 'E') return Reply::failure(status::wrong_data);
     if (mode == protected_way && keypad_command[2] >= keypad_key_rows) return Reply::failure(status::out_of_range);
 
-    letters_.push_back(letter);
+    keep_recent(letters_, letter);
     const auto digits = config_.entries.take_entry(longest_entry);
     if (!digits) return Reply::failure(status::entry_timed_out);
     if (mode == clear) return {status::ok, {digits->begin(), digits->end()}};

@@ -41,7 +41,7 @@ public:
     bool takes(const Command& command) const override;
     Reply handle(const Command& command) override;
 
-    // The letters of the entries asked for, in order.
+    // The letters of the most recent entries asked for, in order.
     const std::vector<char>& letters() const { return letters_; }
     std::size_t entries_left() const { return config_.entries.pending(); }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "sim/core/recent_history.h"
 #include "sim/models/pinpad/des_cipher.h"
 #include "sim/core/json_values.h"
 #include "sim/core/status.h"
@@ -165,7 +166,7 @@ Reply PinPadModel::clear_entry(Body body) {
     const bool selector = opening->name.front() == 'H';
     if (!(selector ? std::ranges::equal(tail, Bytes{0x0D, 0x0A}) : tail.empty()))
         return Reply::failure(status::wrong_length);
-    openings_.push_back(opening->name);
+    keep_recent(openings_, opening->name);
     const auto digits = config_.entries.take_entry(config_.pin_length);
     if (!digits) return Reply::failure(status::entry_timed_out);
     return {status::ok, {digits->begin(), digits->end()}};
@@ -177,7 +178,7 @@ Reply PinPadModel::encrypted_entry(Body body) {
     if (!opening) return Reply::failure(status::wrong_data);
     const Body tail = body.subspan(1 + opening->size);  // work key, 00 00, card number
     if (tail.size() != 1 + account_field_size) return Reply::failure(status::wrong_length);
-    openings_.push_back(opening->name);
+    keep_recent(openings_, opening->name);
     return pin_block(tail[0], tail.subspan(1));
 }
 
@@ -185,7 +186,7 @@ Reply PinPadModel::entry_without_card(Body body) {
     const auto opening = opening_of(body);
     if (!opening || opening->name.front() == 'H') return Reply::failure(status::wrong_data);
     if (body.size() != 1 + opening->size + 1) return Reply::failure(status::wrong_length);
-    openings_.push_back(opening->name);
+    keep_recent(openings_, opening->name);
     return pin_block(body.back(), std::array<std::uint8_t, account_field_size>{});
 }
 
