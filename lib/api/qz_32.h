@@ -252,7 +252,8 @@ QZ_32_API int sle4428_read(int icdev, unsigned short offset, unsigned short leng
 QZ_32_API int sle4428_write(int icdev, unsigned short offset, unsigned short length, const unsigned char *data);
 QZ_32_API int sle4428_pwd_check(int icdev, const unsigned char *psc);
 QZ_32_API int sle4428_pwd_modify(int icdev, const unsigned char *psc);
-/* Chunks of 128 positions, each given 256 bytes of `out`. */
+/* Chunks of 128 positions, each given 256 bytes of `out`. In every chunked
+ * transfer a chunk's reply longer than 256 bytes gives -38. */
 QZ_32_API int sle4428_probit_readdata(int icdev, unsigned short offset, unsigned short length, unsigned char *out);
 QZ_32_API int sle4428_probit_writedata(int icdev, unsigned short offset, unsigned short length, const unsigned char *data);
 QZ_32_API int sle4428_errcount_read(int icdev, unsigned char *out);

@@ -67,6 +67,9 @@ TEST_F(MemoryRules, RangesAreCheckedBeforeSending) {
         {"24c01a write length 0", [](int d) { return at24c01a_write(d, 127, 0, data); }, true},
         {"null output", [](int d) { return sle4442_errcount_read(d, nullptr); }, false},
         {"null key", [](int d) { return sle4428_pwd_check(d, nullptr); }, false},
+        {"null length", [](int d) { return sle4442_probit_read(d, nullptr, out); }, false},
+        {"null flag", [](int d) { return sle4442_is42(d, nullptr); }, false},
+        {"null type", [](int d) { return contact_verify(d, nullptr); }, false},
     };
     for (const auto& row : rows) {
         os.requests.clear();
