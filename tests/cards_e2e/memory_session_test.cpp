@@ -140,7 +140,8 @@ TEST_F(MemorySession, At88sc102EraseNeedsItsKey) {
 
     // After the issuer fuse the issuer area is fixed.
     ASSERT_EQ(at88sc102_fuse_issuerfuse(icdev), 0);
-    EXPECT_EQ(at88sc102_issuer_write(icdev, key1), refused);
+    const unsigned char issuer[8] = {'I', 'S', 'S', 'U', 'E', 'R', 0, 1};
+    EXPECT_EQ(at88sc102_issuer_write(icdev, issuer), refused);
     EXPECT_EQ(sle4442_read(icdev, 0, 1, zone.data()), wrong_card);
 }
 
