@@ -206,6 +206,7 @@ QZ_32_API short MF_WriteOTp(int icdev, const unsigned char *data);
 QZ_32_API short MF_WriteLock(int icdev, unsigned char page);
 /* `uid` 7 bytes; leaves the read time-out at 2000 ms. */
 QZ_32_API short NTAG215_OpenCard(int icdev, unsigned char *uid);
+/* `out` gets the whole reply, up to 100 bytes (a longer reply gives -38). */
 QZ_32_API short NTAG215_Read(int icdev, unsigned char page, unsigned char *out);
 /* `data` 4 bytes. */
 QZ_32_API short NTAG215_Write_4bytes(int icdev, unsigned char page, const unsigned char *data);
@@ -214,8 +215,9 @@ QZ_32_API short NTAG215_Authentication(int icdev, const unsigned char *key, unsi
 /* Writes the 4-byte password; `length` must be 4. */
 QZ_32_API short NTAG215_ChangeKey(int icdev, const unsigned char *key, unsigned char length);
 QZ_32_API short NTAG215_WriteLock(int icdev);
-/* New 4-byte password, `text` (up to 192 bytes) to pages 80.., then lock. Stops at
- * the failing step, undoing nothing: -1 authentication, -2 password, -3 text page,
+/* New 4-byte password, `text` (up to 192 bytes) to pages 80.., the last page
+ * filled with zeros behind the text, then lock. Stops at the failing step, undoing
+ * nothing: -1 authentication (or no key or text), -2 password, -3 text page,
  * -4 lock, -5 text too long. */
 QZ_32_API short NTAG215_Init(int icdev, const unsigned char *key, const char *text);
 /* Pages 80..127 as a terminated string; `out` 193 bytes. */
