@@ -9,6 +9,8 @@
 #include "sim/models/mechanism/mechanism_model.h"
 #include "sim/models/pinpad/keypad_model.h"
 #include "sim/models/pinpad/pinpad_model.h"
+#include "sim/models/rfcards/field_config.h"
+#include "sim/models/rfcards/field_memory_model.h"
 #include "sim/models/screen/screen_model.h"
 #include "sim/models/scanner/scanner_model.h"
 #include "sim/models/stripe/stripe_model.h"
@@ -32,6 +34,8 @@ std::shared_ptr<Terminal> make_terminal(const Scenario& scenario) {
     terminal->add_model(std::make_unique<KeyboardModel>(parse_keyboard(scenario.document)));
     if (const auto mechanism = parse_mechanism(scenario.document))
         terminal->add_model(std::make_unique<MechanismModel>(*mechanism));
+    if (auto field_cards = parse_field_memory(scenario.document))
+        terminal->add_model(std::make_unique<FieldMemoryModel>(std::move(*field_cards)));
     return terminal;
 }
 

@@ -14,6 +14,7 @@ using Action = std::function<void(Session&, Output&)>;
 
 void add_device_commands(CLI::App& app, Action& action);
 void add_card_commands(CLI::App& app, Action& action);
+void add_field_card_commands(CLI::App& app, Action& action);
 void add_identity_commands(CLI::App& app, Action& action);
 void add_pin_commands(CLI::App& app, Action& action);
 void add_pinpad_commands(CLI::App& app, Action& action);

@@ -26,6 +26,7 @@ int main(int argc, char** argv) {
     Action action;
     add_device_commands(app, action);
     add_card_commands(app, action);
+    add_field_card_commands(app, action);
     add_identity_commands(app, action);
     add_pin_commands(app, action);
     add_pinpad_commands(app, action);
