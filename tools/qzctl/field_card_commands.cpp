@@ -48,7 +48,7 @@ FieldOptions options;
 void add_memory(Output& out, const Bytes& bytes, std::size_t first_address) {
     out.add("address", "Address", first_address);
     if (out.json()) out.add("data", "Data", to_hex(bytes.data(), bytes.size()));
-    else out.add("dump", "Data", "\n" + hex_dump(bytes, first_address));
+    else out.add("dump", "Data", hex_dump(bytes, first_address));
 }
 
 // Finds the sector card and authenticates the sector of `block` (or options.sector).

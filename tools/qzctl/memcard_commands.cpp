@@ -1,14 +1,13 @@
 // Contact memory cards: which kind sits in a slot, reading with a hex dump,
 // writing, and the check and change of the card's code.
 #include <algorithm>
-#include <cctype>
-#include <cstdio>
 #include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "commands.h"
+#include "hex_dump.h"
 #include "qz_32.h"
 #include "status_text.h"
 
@@ -18,7 +17,6 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 
 constexpr int slot_count = 5;
-constexpr std::size_t dump_row = 16;
 // Each 256-byte chunk of an SLE4428 read gets 256 bytes of room.
 constexpr std::size_t read_room = 2048;
 
@@ -95,20 +93,6 @@ struct MemcardOptions {
 };
 MemcardOptions options;
 
-Bytes parse_hex(const std::string& text, const char* what) {
-    std::string digits;
-    for (char c : text)
-        if (c != ' ' && c != ':') digits += c;
-    const bool hex =
-        std::all_of(digits.begin(), digits.end(), [](char c) { return std::isxdigit(static_cast<unsigned char>(c)); });
-    if (!hex || digits.empty() || digits.size() % 2 != 0)
-        throw Failure(exit_usage, std::string(what) + " takes an even count of hexadecimal digits: " + text);
-    Bytes bytes(digits.size() / 2);
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-        bytes[i] = static_cast<unsigned char>(std::stoul(digits.substr(2 * i, 2), nullptr, 16));
-    return bytes;
-}
-
 const Family& family() { return families.at(options.type); }
 int zone() { return options.zone.value_or(family().default_zone); }
 
@@ -124,7 +108,7 @@ unsigned checked_offset(std::size_t length) {
 Bytes code_of(const std::string& text, const char* what) {
     const Family& f = family();
     if (f.check == nullptr) throw Failure(exit_usage, std::string(f.name) + " cards have no code");
-    Bytes code = parse_hex(text, what);
+    Bytes code = hex_bytes(text, what);
     if (code.size() != f.code_length)
         throw Failure(exit_usage, std::string(f.name) + " codes are " + std::to_string(f.code_length) + " bytes");
     return code;
@@ -142,28 +126,6 @@ int open_card(Session& session) {
     select_slot(device);
     if (!code.empty()) Session::check(family().check(device, zone(), code.data()), "presenting the code");
     return device;
-}
-
-// Rows of 16 bytes: address, hex, printable characters.
-std::string dump(unsigned offset, const Bytes& bytes) {
-    std::string text;
-    for (std::size_t row = 0; row < bytes.size(); row += dump_row) {
-        const std::size_t count = std::min(dump_row, bytes.size() - row);
-        char address[16];
-        std::snprintf(address, sizeof address, "\n%04zX ", offset + row);
-        text += address;
-        for (std::size_t i = 0; i < dump_row; ++i) {
-            char cell[4] = "   ";
-            if (i < count) std::snprintf(cell, sizeof cell, " %02X", bytes[row + i]);
-            text += cell;
-        }
-        text += "  ";
-        for (std::size_t i = 0; i < count; ++i) {
-            const unsigned char c = bytes[row + i];
-            text += (c >= 0x20 && c < 0x7F) ? static_cast<char>(c) : '.';
-        }
-    }
-    return text;
 }
 
 void detect(Session& session, Output& out) {
@@ -196,11 +158,11 @@ void read_memory(Session& session, Output& out) {
     bytes.resize(length);
     out.add("offset", "Offset", offset);
     out.add("data", "Data", out.json() ? nlohmann::ordered_json(to_hex(bytes.data(), length))
-                                       : nlohmann::ordered_json(dump(offset, bytes)));
+                                       : nlohmann::ordered_json(hex_dump(bytes, offset)));
 }
 
 void write_memory(Session& session, Output& out) {
-    const Bytes bytes = parse_hex(options.data, "--data");
+    const Bytes bytes = hex_bytes(options.data, "--data");
     const unsigned offset = checked_offset(bytes.size());
     const int device = open_card(session);
     Session::check(family().write(device, zone(), offset, static_cast<unsigned>(bytes.size()),
