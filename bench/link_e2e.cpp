@@ -13,123 +13,26 @@
 //
 // Counters: floor_ms per round trip, ratio = measured / floor, reports each way.
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
-#include <linux/hidraw.h>
-#include <sys/ioctl.h>
-#include <unistd.h>
 
-#include <array>
 #include <chrono>
-#include <cstdlib>
-#include <filesystem>
-#include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "link/link_state.h"
 #include "link/transact.h"
 #include "qz_32.h"
+#include "served_terminal.h"
 #include "sim/models/control/control_model.h"
-#include "sim/endpoints/hid_endpoint.h"
-#include "sim/endpoints/hidraw_fuse.h"
-#include "sim/endpoints/pty_server.h"
-#include "sim/core/scenario.h"
-#include "sim/endpoints/serial_endpoint.h"
-#include "sim/core/simulator.h"
-#include "sim/core/unique_fd.h"
 
 namespace {
 
-namespace fs = std::filesystem;
+using namespace qz::bench;
 using Clock = std::chrono::steady_clock;
 using Bytes = std::vector<std::uint8_t>;
 
-enum class Link { hid, serial };
-
-constexpr std::size_t hid_piece = 254;
-constexpr double hid_settle_ms = 5.0;
 constexpr double line_baud = 115200.0;
 constexpr double line_bits_per_byte = 10.0;
-constexpr std::size_t frame_overhead = 5;
 constexpr std::size_t largest_echo = 65522;
-
-// The simulated terminal served on both links for the life of the program.
-class ServedTerminal {
-public:
-    ServedTerminal()
-        : folder_(make_folder()),
-          terminal_(qz::sim::make_terminal(scenario_)),
-          serial_(*terminal_),
-          hid_(*terminal_, qz::sim::default_report_length),
-          pty_(serial_, lock_, folder_ / "ports" / "COM1") {
-        fs::create_directory(folder_ / "no-hid");
-        try {
-            fuse_ = std::make_unique<qz::sim::HidrawFuse>(hid_, lock_, folder_ / "hid");
-            read_ms_ = measure_feature_read();
-        } catch (const std::exception& error) {
-            fuse_problem_ = std::string("no HID node (FUSE does not work here): ") + error.what();
-        }
-        setenv("QZ_32_PORTS_DIR", (folder_ / "ports").c_str(), 1);
-        setenv("QZ_32_LOG_ROOT", (folder_ / "no-log").c_str(), 1);
-    }
-    ~ServedTerminal() {
-        fuse_.reset();
-        std::error_code ignored;
-        fs::remove_all(folder_, ignored);
-    }
-
-    // Points the library at the HID node, or at an empty HID folder so that
-    // it takes the serial line. Empty on success, else why not.
-    std::string offer(Link link) const {
-        if (link == Link::hid && !fuse_) return fuse_problem_;
-        setenv("QZ_32_HIDRAW_DIR", (folder_ / (link == Link::hid ? "hid" : "no-hid")).c_str(), 1);
-        return {};
-    }
-
-    // Milliseconds one feature report request to the node takes.
-    double feature_read_ms() const { return read_ms_; }
-
-private:
-    static fs::path make_folder() {
-        std::string pattern = (fs::temp_directory_path() / "qz32-bench-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-        return pattern;
-    }
-
-    // With no reply waiting the node refuses at once: what is left is the
-    // request's way through the kernel and FUSE and back.
-    double measure_feature_read() const {
-        const qz::sim::UniqueFd node(::open(fuse_->node().c_str(), O_RDWR));
-        if (!node) throw std::runtime_error("the node does not open");
-        constexpr int requests = 2000;
-        std::array<std::uint8_t, qz::sim::default_report_length> report{};
-        const auto start = Clock::now();
-        for (int i = 0; i < requests; ++i) {
-            report[0] = qz::sim::feature_report_id;
-            ::ioctl(node.get(), HIDIOCGFEATURE(report.size()), report.data());
-        }
-        return std::chrono::duration<double, std::milli>(Clock::now() - start).count() / requests;
-    }
-
-    fs::path folder_;
-    const qz::sim::Scenario scenario_;  // every device as it is by default
-    std::shared_ptr<qz::sim::Terminal> terminal_;
-    std::mutex lock_;
-    qz::sim::SerialEndpoint serial_;
-    qz::sim::HidEndpoint hid_;
-    qz::sim::PtyServer pty_;
-    std::unique_ptr<qz::sim::HidrawFuse> fuse_;
-    std::string fuse_problem_;
-    double read_ms_ = 0;
-};
-
-ServedTerminal& served() {
-    static ServedTerminal terminal;
-    return terminal;
-}
-
-std::size_t reports_for(std::size_t frame) { return (frame + hid_piece - 1) / hid_piece; }
 
 // The request payload: the version request, or an echo of `body` bytes.
 Bytes request_payload(std::size_t body) {
