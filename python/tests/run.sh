@@ -12,7 +12,9 @@ trap 'rm -rf "$work"' EXIT
 # Debian's Python with its pytest, setuptools and wheel serves the environment,
 # so nothing is downloaded.
 /usr/bin/python3 -m venv --system-site-packages "$work/venv"
-"$work/venv/bin/pip" install --quiet --no-build-isolation --no-deps "$here/.." >"$work/pip.log" 2>&1 \
+# pip builds in the folder it is given: a copy keeps the source tree clean.
+cp -r "$here/.." "$work/source"
+"$work/venv/bin/pip" install --quiet --no-build-isolation --no-deps "$work/source" >"$work/pip.log" 2>&1 \
   || { cat "$work/pip.log" >&2; exit 1; }
 cd "$work"
-QZ_32_LIBRARY=$library QZ_32_QZSIM=$qzsim "$work/venv/bin/python" -m pytest -q -p no:cacheprovider "$here" "$@"
+PYTHONDONTWRITEBYTECODE=1 QZ_32_LIBRARY=$library QZ_32_QZSIM=$qzsim "$work/venv/bin/python" -m pytest -q -p no:cacheprovider "$here" "$@"
