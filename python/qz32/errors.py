@@ -77,7 +77,9 @@ def status_word_meaning(status_word: int) -> str:
         return f"wrong length: {count} bytes available"
     if sw1 == 0x63 and sw2 & 0xF0 == 0xC0:
         return f"verification failed, {sw2 & 0x0F} tries left"
-    return TERMINAL_STATUS_WORDS.get(status_word) or CARD_STATUS_WORDS.get(status_word, "unknown status")
+    if status_word in TERMINAL_STATUS_WORDS:
+        return TERMINAL_STATUS_WORDS[status_word]
+    return CARD_STATUS_WORDS.get(status_word, "unknown status")
 
 
 def describe_status(status: int, own: Mapping[int, str] | None = None) -> str:

@@ -86,12 +86,16 @@ class Terminal:
             raise Error(-33, operation)
         _check(function(self._handle, *arguments), operation, own)
 
+    def _counted_reply(self, operation: str, function: Callable[..., int]) -> bytes:
+        """The reply of a function that gives a one-byte length, then the bytes."""
+        length, data = c_ubyte(0), byte_buffer(_ANSWER_ROOM)
+        self._call(operation, function, ctypes.byref(length), data)
+        return bytes(data[: length.value])
+
     # ---- The terminal itself -------------------------------------------------------------
 
     def version(self) -> str:
-        length, text = c_ubyte(0), byte_buffer(_ANSWER_ROOM)
-        self._call("reading the version", self._lib.get_version, ctypes.byref(length), text)
-        return bytes(text[: length.value]).decode(_ENCODING, "replace")
+        return self._counted_reply("reading the version", self._lib.get_version).decode(_ENCODING, "replace")
 
     def beep(self, first: int = 1, second: int = 1, third: int = 1) -> None:
         self._call("sounding the buzzer", self._lib.dev_beep, first, second, third)
@@ -111,9 +115,8 @@ class Terminal:
         self._call("writing the serial number", self._lib.dev_writesnr, len(data), bytes_in(data))
 
     def registration_number(self) -> str:
-        length, text = c_ubyte(0), byte_buffer(_ANSWER_ROOM)
-        self._call("reading the registration number", self._lib.dev_readregno, ctypes.byref(length), text)
-        return bytes(text[: length.value]).decode(_ENCODING, "replace")
+        reply = self._counted_reply("reading the registration number", self._lib.dev_readregno)
+        return reply.decode(_ENCODING, "replace")
 
     def read_eeprom(self, offset: int, length: int) -> bytes:
         data = byte_buffer(max(length, 1))
@@ -204,9 +207,7 @@ class Terminal:
                                       None if photo_path is None else os.fspath(photo_path))
 
     def identity_module_id(self) -> bytes:
-        module_id, length = byte_buffer(_ANSWER_ROOM), c_ubyte(0)
-        self._call("reading the identity module's id", self._lib.IDCardGetModeID, ctypes.byref(length), module_id)
-        return bytes(module_id[: length.value])
+        return self._counted_reply("reading the identity module's id", self._lib.IDCardGetModeID)
 
     # ---- Screen and line LCD -------------------------------------------------------------
 

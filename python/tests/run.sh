@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the binding into a fresh virtual environment with pip, as a user
-# would, and runs its tests there against the given library and simulator.
+# would, checks its types with mypy --strict, and runs its tests there against
+# the given library and simulator.
 # Usage: run.sh LIBRARY QZSIM [PYTEST ARGUMENTS...]
 set -euo pipefail
 library=$1
@@ -17,4 +18,5 @@ cp -r "$here/.." "$work/source"
 "$work/venv/bin/pip" install --quiet --no-build-isolation --no-deps "$work/source" >"$work/pip.log" 2>&1 \
   || { cat "$work/pip.log" >&2; exit 1; }
 cd "$work"
+"$work/venv/bin/python" -m mypy --strict --no-incremental "$work/source/qz32"
 PYTHONDONTWRITEBYTECODE=1 QZ_32_LIBRARY=$library QZ_32_QZSIM=$qzsim "$work/venv/bin/python" -m pytest -q -p no:cacheprovider "$here" "$@"

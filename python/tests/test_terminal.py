@@ -60,6 +60,7 @@ def test_identity_card_with_photo(terminal: qz32.Terminal, tmp_path: Path) -> No
     assert card.fields[0] == "王小明"
     assert card.fields[5] == "110108199003070016"
     assert (tmp_path / "photo.bmp").read_bytes()[:2] == b"BM"
+    assert terminal.identity_module_id() == bytes.fromhex("05 00 01 00 20 24 11 23 00 00 00 01 51 5A 00 01")
 
 
 def lit_rows(lcd_text: Path) -> list[int]:
