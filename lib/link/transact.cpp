@@ -49,8 +49,10 @@ int hid_write_report(int handle, std::span<const std::uint8_t> piece) {
     std::array<std::uint8_t, hid_report_buffer> report{};
     report[0] = hid_report_id;
     std::copy_n(piece.begin(), std::min(piece.size(), hid_piece), report.begin() + 1);
+    // The terminal takes a report in within 5 ms of the start of its write.
+    const std::uint64_t written_at = os.tick_us();
     if (!os.hid_set_feature(handle, std::span(report).first(report_length()))) return status_hid_write_refused;
-    os.sleep_ms(hid_write_settle_ms);
+    os.sleep_until_us(written_at + hid_write_settle_ms * 1000);
     return status_ok;
 }
 

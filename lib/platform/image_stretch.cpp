@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <cmath>
+#include <span>
+#include <vector>
 
 #include "platform/image.h"
 
@@ -29,13 +31,18 @@ std::vector<std::vector<Tap>> area_taps(int source_length, int target_length) {
 
 }  // namespace
 
-Image stretch_image(const Image& source, int width, int height) {
+std::optional<Image> stretch_image(Image source, int width, int height) {
     if (width == source.width && height == source.height) return source;
     const auto columns = area_taps(source.width, width);
     const auto rows = area_taps(source.height, height);
 
     // Across first, into a float image of the target width and the source height.
-    std::vector<float> across(static_cast<std::size_t>(width) * static_cast<std::size_t>(source.height) * 3);
+    const std::size_t across_count = static_cast<std::size_t>(width) * static_cast<std::size_t>(source.height) * 3;
+    PixelBytes across_bytes(across_count * sizeof(float));
+    Image target{width, height, PixelBytes(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3)};
+    if (across_bytes.empty() || target.rgb.empty()) return std::nullopt;
+    const std::span across(reinterpret_cast<float*>(across_bytes.data()), across_count);
+    std::fill(across.begin(), across.end(), 0.0f);
     for (int y = 0; y < source.height; ++y)
         for (int x = 0; x < width; ++x) {
             float* out = &across[(static_cast<std::size_t>(y) * width + x) * 3];
@@ -45,7 +52,6 @@ Image stretch_image(const Image& source, int width, int height) {
             }
         }
 
-    Image target{width, height, std::vector<std::uint8_t>(static_cast<std::size_t>(width) * height * 3)};
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x) {
             float sum[3] = {};

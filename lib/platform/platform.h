@@ -54,6 +54,11 @@ public:
     virtual std::uint32_t tick_ms() = 0;
     virtual void sleep_ms(std::uint32_t ms) = 0;
     virtual LocalTime local_time() = 0;
+    // A finer clock, and a sleep to a point of it: a pause measured from an
+    // earlier moment does not add the sleep's own overshoot. By default built
+    // on the two millisecond calls above.
+    virtual std::uint64_t tick_us() { return std::uint64_t{tick_ms()} * 1000; }
+    virtual void sleep_until_us(std::uint64_t deadline_us);
 
     // HID. `hid_path` names the interface at `index` (0 to 63), or nothing past
     // the last one. `hid_open` gives an exclusively held handle, or -1.

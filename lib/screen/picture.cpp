@@ -24,13 +24,16 @@ struct Corner {
 int fitted_width(const platform::Image& image) { return std::min(image.width, screen_width); }
 int fitted_height(const platform::Image& image) { return std::min(image.height, screen_height); }
 
-std::vector<std::uint8_t> pack_colour_words(const platform::Image& image) {
-    std::vector<std::uint8_t> words;
-    words.reserve(static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height) * 2);
-    for (std::size_t at = 0; at < image.rgb.size(); at += 3) {
-        const ColourWord word = rgb_to_565(image.rgb[at + 2], image.rgb[at + 1], image.rgb[at]);
-        words.push_back(static_cast<std::uint8_t>(word >> 8));
-        words.push_back(static_cast<std::uint8_t>(word));
+platform::PixelBytes pack_colour_words(const platform::Image& image) {
+    const std::size_t pixels = image.rgb.size() / 3;
+    platform::PixelBytes words(pixels * 2);
+    if (words.empty()) return words;
+    const std::uint8_t* rgb = image.rgb.data();
+    std::uint8_t* out = words.data();
+    for (std::size_t i = 0; i < pixels; ++i, rgb += 3, out += 2) {
+        const ColourWord word = rgb_to_565(rgb[2], rgb[1], rgb[0]);
+        out[0] = static_cast<std::uint8_t>(word >> 8);
+        out[1] = static_cast<std::uint8_t>(word);
     }
     return words;
 }

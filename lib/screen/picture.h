@@ -17,8 +17,8 @@ namespace qz::screen {
 int fitted_width(const platform::Image& image);
 int fitted_height(const platform::Image& image);
 
-// Colour words, high byte first, row by row.
-std::vector<std::uint8_t> pack_colour_words(const platform::Image& image);
+// Colour words, high byte first, row by row; empty when memory runs out.
+platform::PixelBytes pack_colour_words(const platform::Image& image);
 
 struct MonochromeBox {
     int left = 0;

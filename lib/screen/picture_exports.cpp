@@ -1,5 +1,7 @@
 // ShowPicInScreen, LoadPicInScreen and ShowMonochromeInScreen: an image file
 // decoded, scaled and packed on the host, then one paced transfer.
+#include <utility>
+
 #include "link/export_lock.h"
 #include "link/status.h"
 #include "qz_32.h"
@@ -21,14 +23,17 @@ bool fits_at(const PictureArea& area) {
 template <class Place>
 int send_picture(int icdev, const char* path, int x, int y, TransferCommands commands, Place place) {
     if (path == nullptr) return bad;
-    const auto image = qz::platform::decode_image_file(path);
+    auto image = qz::platform::decode_image_file(path);
     if (!image) return bad;
     PictureArea area{round_up_even(x), round_up_even(y), round_up_even(fitted_width(*image)),
                      round_up_even(fitted_height(*image)), 0};
     area.content_length = static_cast<std::uint32_t>(area.width * area.height * 2);
     qz::link::Payload first = picture_first_command(commands.first, area);
     if (!place(area, first)) return bad;
-    const auto words = pack_colour_words(qz::platform::stretch_image(*image, area.width, area.height));
+    const auto fitted = qz::platform::stretch_image(std::move(*image), area.width, area.height);
+    if (!fitted) return bad;
+    const auto words = pack_colour_words(*fitted);
+    if (words.empty()) return bad;
     return send_transfer(icdev, first, commands.data, words, true);
 }
 
@@ -54,15 +59,18 @@ extern "C" int LoadPicInScreen(int icdev, int page, const char* path, int x, int
 extern "C" int ShowMonochromeInScreen(int icdev, const char* path, int x, int y, int, int) {
     const qz::link::ExportLock lock;
     if (path == nullptr) return bad;
-    const auto image = qz::platform::decode_image_file(path);
+    auto image = qz::platform::decode_image_file(path);
     if (!image) return bad;
-    const auto fitted = qz::platform::stretch_image(*image, fitted_width(*image), fitted_height(*image));
-    const auto box = find_black_box(fitted);
+    const int width = fitted_width(*image);
+    const int height = fitted_height(*image);
+    const auto fitted = qz::platform::stretch_image(std::move(*image), width, height);
+    if (!fitted) return bad;
+    const auto box = find_black_box(*fitted);
     if (!box) return bad;
     const PictureArea area{round_up_even(x), round_up_even(y), box->width, box->height,
                            static_cast<std::uint32_t>((box->width * box->height + 7) / 8)};
     if (!position_in_range(x, y) || !fits_at(area)) return bad;
-    const auto bits = pack_monochrome_bits(fitted, *box);
+    const auto bits = pack_monochrome_bits(*fitted, *box);
     return send_transfer(icdev, picture_first_command(Instruction::monochrome_first, area), Instruction::monochrome_data,
                          bits, true);
 }

@@ -1,6 +1,8 @@
 #include "screen/text_layout.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <memory>
 #include <numeric>
 #include <vector>
 
@@ -76,7 +78,11 @@ private:
 int lay_out_text(const TextRequest& request, const LineSink& send, std::string_view library) {
     const std::vector<std::string> rows = split_text_rows(request.text);
     if (rows.size() > max_rows) return link::status_bad_argument;
-    std::vector<std::uint8_t> glyphs(glyph_buffer_size);
+    // Zeroed pages from the system: the 2 MiB cost only what the rows touch.
+    const std::unique_ptr<std::uint8_t, decltype(&std::free)> buffer(
+        static_cast<std::uint8_t*>(std::calloc(glyph_buffer_size, 1)), &std::free);
+    if (!buffer) return link::status_bad_argument;
+    const std::span<std::uint8_t> glyphs(buffer.get(), glyph_buffer_size);
     std::size_t dirty = 0;  // bytes the component may have written
     int y = request.y;
     FontBits bits{.font_height = request.size};

@@ -82,4 +82,9 @@ void write_image(const std::string& path, ImageFormat format, int width, int hei
     std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(file.data()), static_cast<std::streamsize>(file.size()));
 }
 
+void write_png_row(const std::string& path, int channels, const std::vector<std::uint8_t>& pixels) {
+    const int width = static_cast<int>(pixels.size()) / channels;
+    stbi_write_png(path.c_str(), width, 1, channels, pixels.data(), width * channels);
+}
+
 }  // namespace qz::test

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace qz::test {
 
@@ -15,5 +16,8 @@ enum class ImageFormat { png, bmp, jpeg, gif };
 // 256 distinct colours.
 void write_image(const std::string& path, ImageFormat format, int width, int height,
                  const std::function<Rgb(int, int)>& colour);
+
+// Writes a PNG of one row of `channels`-byte pixels (grey, grey and alpha, RGB, RGBA).
+void write_png_row(const std::string& path, int channels, const std::vector<std::uint8_t>& pixels);
 
 }  // namespace qz::test

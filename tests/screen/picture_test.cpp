@@ -1,6 +1,7 @@
 // Pictures and monochrome boxes from real image files: the commands, the sizes
 // and where pixels of known colours land.
 #include "image_files.h"
+#include "platform/image.h"
 #include "qz_32.h"
 #include "screen_fixture.h"
 #include "support/temp_dir.h"
@@ -64,6 +65,45 @@ TEST_F(Pictures, EveryFormatPutsItsColoursInPlace) {
         EXPECT_EQ(word(700, 100), 0xFFFF) << static_cast<int>(format);
         EXPECT_EQ(word(700, 400), 0x0000) << static_cast<int>(format);
     }
+}
+
+TEST_F(Pictures, GreyAndTransparencyAreLaidOverWhite) {
+    struct Case {
+        int channels;
+        Bytes file_pixels;
+        Bytes rgb;
+    };
+    const std::vector<Case> cases{
+        {1, {0, 100, 255}, {0, 0, 0, 100, 100, 100, 255, 255, 255}},
+        {2, {100, 255, 100, 0, 0, 128}, {100, 100, 100, 255, 255, 255, 127, 127, 127}},
+        {4, {200, 0, 10, 255, 200, 0, 10, 128, 1, 2, 3, 0}, {200, 0, 10, 227, 127, 132, 255, 255, 255}},
+    };
+    for (const Case& c : cases) {
+        const std::string path = (folder.path() / ("row" + std::to_string(c.channels) + ".png")).string();
+        write_png_row(path, c.channels, c.file_pixels);
+        const auto decoded = platform::decode_image_file(path);
+        ASSERT_TRUE(decoded) << c.channels;
+        EXPECT_EQ(Bytes(decoded->rgb.begin(), decoded->rgb.end()), c.rgb) << c.channels << " channels";
+    }
+}
+
+// A picture's blocks come back for the next picture, and growing one keeps its bytes.
+TEST(PictureBlocks, ReusedAndGrownWithTheirBytes) {
+    constexpr std::size_t mib = 1 << 20;
+    constexpr std::size_t odd = mib + 12345;  // no other kept block has just this capacity
+    void* first = platform::pixel_block_allocate(odd);
+    ASSERT_NE(first, nullptr);
+    platform::pixel_block_release(first);
+    void* again = platform::pixel_block_allocate(odd);
+    EXPECT_EQ(again, first) << "a kept block that fits is reused";
+    EXPECT_EQ(platform::pixel_block_reallocate(again, mib), again) << "a shorter size fits the same block";
+
+    auto* bytes = static_cast<std::uint8_t*>(again);
+    for (std::size_t i = 0; i < mib; ++i) bytes[i] = static_cast<std::uint8_t>(i * 7);
+    auto* grown = static_cast<std::uint8_t*>(platform::pixel_block_reallocate(again, 3 * mib));
+    ASSERT_NE(grown, nullptr);
+    for (std::size_t i = 0; i < mib; ++i) ASSERT_EQ(grown[i], static_cast<std::uint8_t>(i * 7)) << i;
+    platform::pixel_block_release(grown);
 }
 
 TEST_F(Pictures, FullScreenRules) {

@@ -1,8 +1,10 @@
 // Text: the rounding of the size, the rows, the limits, and the lines that a row
 // becomes at the right and the bottom edge, with the project's font component.
+#include <algorithm>
 #include <string>
 
 #include "qz_32.h"
+#include "screen/font_component.h"
 #include "screen/font_size.h"
 #include "screen/text_layout.h"
 #include "screen/text_rows.h"
@@ -101,6 +103,29 @@ TEST(TextLines, WrappingCuttingAndTheBottomEdge) {
         EXPECT_EQ(screen::lay_out_text({c.text, c.size, c.x, c.y, c.wrap}, record), 0) << c.text;
         EXPECT_EQ(lines, c.lines) << c.text;
     }
+}
+
+// The component keeps the glyphs it drew: a glyph asked for again at another
+// size, or again at the first, must come out as it did the first time.
+TEST(TextLines, GlyphsComeOutAlikeWhicheverSizeCameBefore) {
+    const std::string row = "\xC4\xE3" "a";
+    const auto draw = [&](int size) {
+        std::vector<std::uint8_t> bits(0x200000);
+        screen::FontBits out{.font_height = size};
+        EXPECT_NE(screen::load_font_bits(row, size, bits, out), 0);
+        bits.resize(static_cast<std::size_t>(out.bit_length));
+        return bits;
+    };
+    const auto first16 = draw(16);
+    const auto first24 = draw(24);
+    ASSERT_EQ(first16.size(), 2u * 16 * 2);
+    ASSERT_EQ(first24.size(), 2u * 24 * 3);
+    // The full-width glyph's lower half has ink at both sizes.
+    const auto inked = [](auto from, auto to) { return std::any_of(from, to, [](std::uint8_t b) { return b != 0; }); };
+    EXPECT_TRUE(inked(first16.begin() + 16, first16.begin() + 32));
+    EXPECT_TRUE(inked(first24.begin() + 36, first24.begin() + 72));
+    EXPECT_EQ(draw(16), first16);
+    EXPECT_EQ(draw(24), first24);
 }
 
 TEST(TextLines, AMissingFontComponentIsRefused) {

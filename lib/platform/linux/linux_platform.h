@@ -14,6 +14,8 @@ class LinuxPlatform final : public Platform {
 public:
     std::uint32_t tick_ms() override;
     void sleep_ms(std::uint32_t ms) override;
+    std::uint64_t tick_us() override;
+    void sleep_until_us(std::uint64_t deadline_us) override;
     LocalTime local_time() override;
 
     std::optional<std::string> hid_path(int index) override;

@@ -1,6 +1,8 @@
 #include <ctime>
 #include <cerrno>
 
+#include <sys/prctl.h>
+
 #include "platform/linux/linux_platform.h"
 
 namespace qz::platform {
@@ -15,6 +17,23 @@ void LinuxPlatform::sleep_ms(std::uint32_t ms) {
     timespec wanted{static_cast<time_t>(ms / 1000), static_cast<long>(ms % 1000) * 1'000'000};
     while (nanosleep(&wanted, &wanted) == -1 && errno == EINTR) {
     }
+}
+
+std::uint64_t LinuxPlatform::tick_us() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * 1'000'000 + static_cast<std::uint64_t>(now.tv_nsec) / 1000;
+}
+
+// The thread's timer slack (50 us by default) is lowered for this one sleep:
+// paced writes sleep once a report, and the slack would add up over thousands.
+void LinuxPlatform::sleep_until_us(std::uint64_t deadline_us) {
+    const int slack_ns = prctl(PR_GET_TIMERSLACK);
+    prctl(PR_SET_TIMERSLACK, 1UL);
+    const timespec wanted{static_cast<time_t>(deadline_us / 1'000'000), static_cast<long>(deadline_us % 1'000'000) * 1000};
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &wanted, nullptr) == EINTR) {
+    }
+    if (slack_ns > 0) prctl(PR_SET_TIMERSLACK, static_cast<unsigned long>(slack_ns));
 }
 
 LocalTime LinuxPlatform::local_time() {
