@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import ctypes
 import os
-from ctypes import c_ubyte, c_ushort
+from ctypes import c_int, c_ubyte, c_ushort
 from types import TracebackType
 from typing import Callable, Mapping, Sequence, Union
 
@@ -41,6 +41,20 @@ _BANK_CARD_STATUSES: Mapping[int, str] = {
     -19: "a selection, directory read or GPO of the card failed",
     -21: "a tag the account number needs is missing on the card",
 }
+
+
+# ctypes cuts a number to its C type without a word; a number that does not fit
+# is refused as the library refuses an argument out of range.
+_C_RANGES: Mapping[type, tuple[int, int]] = {c_ubyte: (0, 0xFF), c_ushort: (0, 0xFFFF),
+                                             c_int: (-(2**31), 2**31 - 1)}
+_ARGUMENT_OUT_OF_RANGE = -19
+
+
+def _check_ranges(function: Callable[..., int], arguments: Sequence[object], operation: str) -> None:
+    for value, kind in zip(arguments, function.argtypes):  # type: ignore[attr-defined]
+        bounds = _C_RANGES.get(kind)
+        if bounds and isinstance(value, int) and not bounds[0] <= value <= bounds[1]:
+            raise Error(_ARGUMENT_OUT_OF_RANGE, operation)
 
 
 def _check(status: int, operation: str, own: Mapping[int, str] | None = None) -> None:
@@ -84,6 +98,7 @@ class Terminal:
               own: Mapping[int, str] | None = None) -> None:
         if self._handle <= 1:
             raise Error(-33, operation)
+        _check_ranges(function, (self._handle, *arguments), operation)
         _check(function(self._handle, *arguments), operation, own)
 
     def _counted_reply(self, operation: str, function: Callable[..., int]) -> bytes:
@@ -251,9 +266,9 @@ class Terminal:
 
 def open(port: int = 0, baud: int = 115200) -> Terminal:  # noqa: A001 - the binding's entry point
     """Opens the terminal on USB, else on serial port `port` (0 = COM1 .. 31 = COM32)."""
-    if not 0 <= port <= 255:
-        raise Error(-19, "opening the terminal", _OPEN_STATUSES)
-    handle = library().open_device(port, baud)
+    open_device = library().open_device
+    _check_ranges(open_device, (port, baud), "opening the terminal")
+    handle = open_device(port, baud)
     if handle <= 1:
         raise Error(handle, "opening the terminal", _OPEN_STATUSES)
     return Terminal(handle)

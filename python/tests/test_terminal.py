@@ -26,6 +26,9 @@ def test_terminal_control(terminal: qz32.Terminal) -> None:
         terminal.read_eeprom(0, 201)
     assert refused.value.status == -19
     assert "argument out of range" in str(refused.value)
+    for cut_by_ctypes in (lambda: terminal.write_serial_number(bytes(257)), lambda: terminal.power_on(256)):
+        with pytest.raises(qz32.Error, match="argument out of range"):
+            cut_by_ctypes()
 
 
 def test_closed_terminal_refuses_calls(simulator: Path) -> None:
