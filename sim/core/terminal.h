@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "sim/core/faults.h"
+#include "sim/core/responder.h"
 
 namespace qz::sim {
 
@@ -61,7 +62,7 @@ struct SharedState {
     std::uint8_t card_state = 0;
 };
 
-class Terminal {
+class Terminal final : public Responder {
 public:
     explicit Terminal(FaultPlan faults = {}, SharedState shared = {});
     Terminal(const Terminal&) = delete;
@@ -85,9 +86,8 @@ public:
     // Carries out one request payload.
     Reply execute(std::span<const std::uint8_t> payload);
 
-    // The bytes that go back on the wire for one whole request frame: exactly
-    // one reply frame, unless a fault of the scenario says otherwise.
-    std::vector<std::uint8_t> answer(std::span<const std::uint8_t> request_frame);
+    // Exactly one reply frame, unless a fault of the scenario says otherwise.
+    std::vector<std::uint8_t> answer(std::span<const std::uint8_t> request_frame) override;
 
 private:
     // Some model serves single instructions of this class.

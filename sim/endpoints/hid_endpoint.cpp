@@ -5,7 +5,7 @@
 
 namespace qz::sim {
 
-HidEndpoint::HidEndpoint(Terminal& terminal, std::uint16_t report_length)
+HidEndpoint::HidEndpoint(Responder& terminal, std::uint16_t report_length)
     : terminal_(terminal), report_length_(report_length) {
     if (report_length < min_report_length || report_length > max_report_length)
         throw std::invalid_argument("feature report length outside 255..300");

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "sim/core/frame_codec.h"
-#include "sim/core/terminal.h"
+#include "sim/core/responder.h"
 
 namespace qz::sim {
 
@@ -25,7 +25,7 @@ inline constexpr std::uint16_t default_report_length = 256;
 class HidEndpoint {
 public:
     // `report_length` must lie within min_report_length..max_report_length.
-    HidEndpoint(Terminal& terminal, std::uint16_t report_length);
+    HidEndpoint(Responder& terminal, std::uint16_t report_length);
 
     std::uint16_t report_length() const { return report_length_; }
 
@@ -42,7 +42,7 @@ public:
     bool reply_pending() const { return sent_ < reply_.size(); }
 
 private:
-    Terminal& terminal_;
+    Responder& terminal_;
     std::uint16_t report_length_;
     FrameCollector request_;
     std::vector<std::uint8_t> reply_;

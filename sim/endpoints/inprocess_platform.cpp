@@ -21,6 +21,12 @@ void InProcessPlatform::add_serial_port(SerialPort port) {
     serial_slots_.push_back(std::move(slot));
 }
 
+void InProcessPlatform::queue_stray_report(std::string_view path, std::vector<std::uint8_t> report) {
+    for (const auto& slot : hid_slots_)
+        if (slot->device.path == path) return slot->stray_reports.push_back(std::move(report));
+    throw std::out_of_range("no HID device " + std::string(path));
+}
+
 const std::vector<std::vector<std::uint8_t>>& InProcessPlatform::reports_written(std::string_view path) const {
     for (const auto& slot : hid_slots_)
         if (slot->device.path == path) return slot->written;
@@ -59,6 +65,7 @@ std::optional<std::string> InProcessPlatform::hid_path(int index) {
 }
 
 int InProcessPlatform::hid_open(const std::string& path) {
+    hid_paths_asked_.push_back(path);
     const auto found = std::find_if(hid_slots_.begin(), hid_slots_.end(),
                                     [&](const auto& slot) { return slot->device.path == path; });
     if (found == hid_slots_.end() || (*found)->device.held_elsewhere || (*found)->open) return -1;
@@ -75,7 +82,7 @@ std::optional<platform::HidIdentity> InProcessPlatform::hid_identity(int handle)
 
 std::optional<std::uint16_t> InProcessPlatform::hid_feature_report_length(int handle) {
     const HidSlot* slot = hid(handle);
-    if (!slot) return std::nullopt;
+    if (!slot || !slot->device.report_length_readable) return std::nullopt;
     return slot->device.report_length;
 }
 
@@ -88,19 +95,29 @@ bool InProcessPlatform::hid_set_feature(int handle, std::span<const std::uint8_t
 }
 
 bool InProcessPlatform::hid_get_feature(int handle, std::span<std::uint8_t> report) {
+    ++hid_reads_;
     HidSlot* slot = hid(handle);
     if (!slot || report.empty()) return false;
+    if (!slot->stray_reports.empty()) {
+        const auto stray = std::move(slot->stray_reports.front());
+        slot->stray_reports.pop_front();
+        std::copy_n(stray.begin(), std::min(stray.size(), report.size()), report.begin());
+        return true;
+    }
     if (slot->endpoint && slot->endpoint->get_feature(report)) return true;
     now_ += 1;
     return false;
 }
 
 int InProcessPlatform::serial_open(const std::string& name, const platform::SerialSettings& settings) {
+    serial_ports_asked_.push_back(name);
     const auto found = std::find_if(serial_slots_.begin(), serial_slots_.end(),
                                     [&](const auto& slot) { return slot->port.name == name; });
     if (found == serial_slots_.end()) return static_cast<int>(platform::SerialOpenError::unavailable);
     SerialSlot& slot = **found;
-    if (slot.port.busy || slot.open) return static_cast<int>(platform::SerialOpenError::in_use);
+    if (slot.port.refusal) return static_cast<int>(*slot.port.refusal);
+    if (slot.open) return static_cast<int>(platform::SerialOpenError::in_use);
+    serial_settings_.push_back(settings);
     slot.open = true;
     slot.read_timeout_ms = std::max<std::uint32_t>(settings.read_timeout_ms, 1);
     handles_.emplace(next_handle_, &slot);

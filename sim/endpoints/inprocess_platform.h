@@ -1,6 +1,7 @@
 // The simulated terminal behind the library in the same process: HID devices
-// and serial ports that tests set up, handle bookkeeping, a virtual clock and a
-// record of the traffic. Not thread-safe: one test thread drives it.
+// and serial ports that tests set up, each with the simulated terminal or a
+// test's script of one behind it, handle bookkeeping, a virtual clock and a
+// record of the calls and the traffic. Not thread-safe: one test thread drives it.
 //
 // The clock moves only by sleep_ms, by 1 ms for each HID read that finds no
 // reply, and by a serial port's read time-out (at least 1 ms) for each serial
@@ -12,6 +13,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
@@ -23,7 +25,7 @@
 #include "platform/platform.h"
 #include "sim/endpoints/hid_endpoint.h"
 #include "sim/endpoints/serial_endpoint.h"
-#include "sim/core/terminal.h"
+#include "sim/core/responder.h"
 
 namespace qz::sim {
 
@@ -35,15 +37,16 @@ public:
         std::uint16_t product = usb_product;
         std::uint16_t report_length = default_report_length;
         bool held_elsewhere = false;  // another process has it open: opening fails
+        bool report_length_readable = true;
         // Nothing: a device that takes reports and never answers.
-        std::shared_ptr<Terminal> terminal{};
+        std::shared_ptr<Responder> terminal{};
     };
 
     struct SerialPort {
         std::string name{};  // "COM1", "\\.\COM10", ...
-        bool busy = false;  // opening gives in_use
+        std::optional<platform::SerialOpenError> refusal{};  // what opening gives instead of a handle
         // Nothing: the port opens, and nothing ever answers.
-        std::shared_ptr<Terminal> terminal{};
+        std::shared_ptr<Responder> terminal{};
     };
 
     explicit InProcessPlatform(std::uint32_t start_tick_ms = 0) : now_(start_tick_ms) {}
@@ -52,6 +55,9 @@ public:
     void add_hid_device(HidDevice device);
     void add_serial_port(SerialPort port);
     void set_local_time(const platform::LocalTime& time) { local_time_ = time; }
+    // A faulty device: `report` is handed out, as it stands, before anything
+    // of the device's own.
+    void queue_stray_report(std::string_view path, std::vector<std::uint8_t> report);
 
     // Traffic: every report written to a HID device, whole; every byte written
     // to a serial port, and how often the port was purged.
@@ -59,6 +65,12 @@ public:
     const std::vector<std::uint8_t>& bytes_written(std::string_view port) const;
     int purges(std::string_view port) const;
     std::size_t open_handles() const { return handles_.size(); }
+    // Calls: every HID path and every serial port name asked for, in order; the
+    // settings of each serial port opened; the feature reports read or tried.
+    const std::vector<std::string>& hid_paths_asked() const { return hid_paths_asked_; }
+    const std::vector<std::string>& serial_ports_asked() const { return serial_ports_asked_; }
+    const std::vector<platform::SerialSettings>& serial_settings() const { return serial_settings_; }
+    int hid_reads() const { return hid_reads_; }
 
     std::uint32_t tick_ms() override { return now_; }
     void sleep_ms(std::uint32_t ms) override { now_ += ms; }
@@ -83,6 +95,7 @@ private:
         HidDevice device;
         std::optional<HidEndpoint> endpoint;  // with a terminal behind it
         std::vector<std::vector<std::uint8_t>> written;
+        std::deque<std::vector<std::uint8_t>> stray_reports;
         bool open = false;
     };
     struct SerialSlot {
@@ -103,6 +116,10 @@ private:
     std::vector<std::unique_ptr<HidSlot>> hid_slots_;
     std::vector<std::unique_ptr<SerialSlot>> serial_slots_;
     std::map<int, std::variant<HidSlot*, SerialSlot*>> handles_;
+    std::vector<std::string> hid_paths_asked_;
+    std::vector<std::string> serial_ports_asked_;
+    std::vector<platform::SerialSettings> serial_settings_;
+    int hid_reads_ = 0;
     int next_handle_ = 3;  // the library counts only handles above 1 as open
 };
 

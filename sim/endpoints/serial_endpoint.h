@@ -8,13 +8,13 @@
 #include <span>
 
 #include "sim/core/frame_codec.h"
-#include "sim/core/terminal.h"
+#include "sim/core/responder.h"
 
 namespace qz::sim {
 
 class SerialEndpoint {
 public:
-    explicit SerialEndpoint(Terminal& terminal) : terminal_(terminal) {}
+    explicit SerialEndpoint(Responder& terminal) : terminal_(terminal) {}
 
     // Takes received bytes; noise before an STX is dropped, and each whole
     // frame is answered at once.
@@ -30,7 +30,7 @@ public:
     void purge();
 
 private:
-    Terminal& terminal_;
+    Responder& terminal_;
     FrameCollector request_;
     std::deque<std::uint8_t> output_;
 };

@@ -12,12 +12,6 @@ Bytes tlv(const Bytes& tag, const Bytes& value) {
     return item;
 }
 
-Bytes concat(std::initializer_list<Bytes> parts) {
-    Bytes all;
-    for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
-    return all;
-}
-
 Bytes with_9000(const Bytes& data) { return concat({data, {0x90, 0x00}}); }
 
 Bytes bytes_of(const std::string& text) { return Bytes(text.begin(), text.end()); }

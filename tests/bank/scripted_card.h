@@ -7,13 +7,12 @@
 #include <utility>
 #include <vector>
 
-#include "support/scripted_platform.h"
+#include "support/payloads.h"
 
 namespace qz::test {
 
 // BER-TLV item with the shortest length form.
 Bytes tlv(const Bytes& tag, const Bytes& value);
-Bytes concat(std::initializer_list<Bytes> parts);
 Bytes with_9000(const Bytes& data);
 Bytes bytes_of(const std::string& text);
 

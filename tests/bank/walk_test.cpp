@@ -88,8 +88,7 @@ protected:
         return apdus;
     }
 
-    ScriptedTerminal terminal;
-    ScriptedPlatform& os = terminal.platform;
+    ScriptedTerminal os;
     ScriptedCard card;
     int icdev = 0;
 };

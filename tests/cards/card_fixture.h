@@ -8,7 +8,7 @@
 
 #include "cards/contactless.h"
 #include "support/payloads.h"
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
 
 namespace qz::test {
 
@@ -31,14 +31,9 @@ protected:
         for (const Bytes& d : data) replies.push_back(make_reply(0, d));
     }
 
-    std::vector<Bytes> payloads() const {
-        std::vector<Bytes> all;
-        for (const Bytes& frame : os.requests) all.push_back(payload_of(frame));
-        return all;
-    }
+    std::vector<Bytes> payloads() const { return os.payloads(); }
 
-    ScriptedTerminal terminal;
-    ScriptedPlatform& os = terminal.platform;
+    ScriptedTerminal os;
     std::deque<Bytes> replies;
     int icdev = 0;
 };

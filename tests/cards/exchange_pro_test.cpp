@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "card_fixture.h"
@@ -15,10 +13,7 @@ namespace fs = std::filesystem;
 
 class ExchangeProTest : public CardTest {
 protected:
-    std::string log_text() {
-        std::ifstream in(root / "20261123" / "qz3log10.txt", std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
+    std::string log_text() { return file_text(root / "20261123" / "qz3log10.txt"); }
     static std::string record(const std::string& message) { return "[10:00:00:0]==> " + message + "\r\r\n\r\r\n"; }
 
     TempDir dir;

@@ -116,30 +116,5 @@ TEST(FieldSession, UltralightLocksAndOtpBitsHoldAcrossAPowerCycle) {
     EXPECT_EQ(page, (std::array<unsigned char, 4>{}));  // the key never reads back
 }
 
-TEST(FieldSession, Ntag215PersonalisedTagKeepsItsPasswordAndLock) {
-    SimulatedTerminal sim(shipped_scenario("ntag215_card.json"));
-    const int d = sim.icdev;
-    std::array<unsigned char, 7> uid{};
-    ASSERT_EQ(NTAG215_OpenCard(d, uid.data()), 0);
-    EXPECT_EQ(Bytes(uid.begin(), uid.end()), (Bytes{0x04, 0x51, 0x5A, 0x32, 0x15, 0x80, 0x02}));
-    const Bytes password{0x12, 0x34, 0x56, 0x78};
-    ASSERT_EQ(NTAG215_Init(d, password.data(), "QZ32 base information"), 0);
-    EXPECT_EQ(NTAG215_Init(d, password.data(), "again"), -1);  // the factory password is gone
-
-    ASSERT_EQ(rf_reset(d), 0);
-    ASSERT_EQ(NTAG215_OpenCard(d, uid.data()), 0);
-    const Bytes data{9, 9, 9, 9};
-    EXPECT_EQ(NTAG215_Write_4bytes(d, 20, data.data()), needs_key);
-    ASSERT_EQ(NTAG215_Authentication(d, password.data(), 4), 0);
-    EXPECT_EQ(NTAG215_Write_4bytes(d, 20, data.data()), 0);
-    EXPECT_EQ(NTAG215_Write_4bytes(d, 81, data.data()), refused);  // the base information is locked
-    std::array<unsigned char, 193> text{};
-    ASSERT_EQ(NTAG215_ReadBaseInfo(d, text.data()), 0);
-    EXPECT_STREQ(reinterpret_cast<const char*>(text.data()), "QZ32 base information");
-    std::array<unsigned char, 16> pages{};
-    ASSERT_EQ(NTAG215_Read(d, 133, pages.data()), 0);
-    EXPECT_EQ(Bytes(pages.begin(), pages.begin() + 4), Bytes(4, 0));  // the password never reads back
-}
-
 }  // namespace
 }  // namespace qz::test

@@ -145,43 +145,5 @@ TEST_F(MemorySession, At88sc102EraseNeedsItsKey) {
     EXPECT_EQ(sle4442_read(icdev, 0, 1, zone.data()), wrong_card);
 }
 
-TEST_F(MemorySession, At88sc1604CodeWriteReplacesTheCode) {
-    ASSERT_EQ(contact_select(icdev, at88sc1604_slot), 0);
-    const unsigned char zone1_code[2] = {0x21, 0x21};
-    const unsigned char new_code[2] = {0x5A, 0xA5};
-    const unsigned char data[2] = {'O', 'K'};
-    EXPECT_EQ(swr_1604(icdev, 1, 27, 2, data), code_required);
-    ASSERT_EQ(csc_1604(icdev, 1, 2, zone1_code), 0);
-    ASSERT_EQ(swr_1604(icdev, 1, 27, 2, data), 0);
-    ASSERT_EQ(wsc_1604(icdev, 1, 2, new_code), 0);
-    std::array<unsigned char, 8> out{};
-    ASSERT_EQ(srd_1604(icdev, 1, 21, 8, out.data()), 0);
-    EXPECT_EQ((Bytes(out.begin(), out.end())), (Bytes{0x5A, 0xA5, 0xFF, 0x24, 0x24, 0xFF, 'O', 'K'}));
-
-    ASSERT_EQ(contact_select(icdev, at88sc1604_slot), 0);  // power cycle: the zone is closed
-    EXPECT_EQ(csc_1604(icdev, 1, 2, zone1_code), code_wrong(3));
-    EXPECT_EQ(csc_1604(icdev, 1, 2, new_code), 0);
-    EXPECT_EQ(ser_1604(icdev, 1, 27, 2), code_required);  // past the head: the erase key too
-}
-
-TEST_F(MemorySession, At24c01aAndRecords) {
-    ASSERT_EQ(contact_select(icdev, at24c01a_slot), 0);
-    const unsigned char data[3] = {1, 2, 3};
-    ASSERT_EQ(at24c01a_write(icdev, 124, 3, data), 0);
-    std::array<unsigned char, 16> out{};
-    ASSERT_EQ(at24c01a_read(icdev, 0, 4, out.data()), 0);
-    EXPECT_EQ((Bytes(out.begin(), out.begin() + 4)), (Bytes{'Q', 'Z', '3', '2'}));
-    ASSERT_EQ(at24c01a_read(icdev, 124, 3, out.data()), 0);
-    EXPECT_EQ((Bytes(out.begin(), out.begin() + 3)), (Bytes{1, 2, 3}));
-
-    EXPECT_EQ(nt_record(icdev, 5, out.data()), refused);
-    ASSERT_EQ(open_record(icdev), 0);
-    ASSERT_EQ(nt_record(icdev, 5, out.data()), 0);
-    ASSERT_EQ(nt_record(icdev, 6, out.data()), 0);
-    EXPECT_EQ((Bytes(out.begin(), out.begin() + 4)), (Bytes{2, 0, 0, 0}));
-    ASSERT_EQ(close_record(icdev), 0);
-    EXPECT_EQ(nt_record(icdev, 5, out.data()), refused);
-}
-
 }  // namespace
 }  // namespace qz::test

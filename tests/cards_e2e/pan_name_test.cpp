@@ -133,48 +133,5 @@ TEST(CardsEndToEnd, DefaultCardsByTheCardStateOverBothLinks) {
     }
 }
 
-TEST(CardsEndToEnd, SessionsWithTheSimulatedCards) {
-    SimulatedTerminal connection(shipped_scenario());
-    const int icdev = connection.icdev;
-    ASSERT_GT(icdev, 1);
-
-    std::array<unsigned char, 20> uid{};
-    std::array<unsigned char, 256> answer{};
-    unsigned char length = 0;
-    ASSERT_EQ(OpenCard(icdev, 0, uid.data(), answer.data(), &length), 0);
-    EXPECT_EQ(Bytes(uid.begin(), uid.begin() + 4), Bytes({0x3E, 0x7A, 0x91, 0xC4}));
-    EXPECT_EQ(length, 16);
-    EXPECT_EQ(answer[0], 0x10) << "TL of the ATS";
-
-    ASSERT_EQ(ICC_PowerOn(icdev, 0, answer.data(), &length), 0);
-    EXPECT_EQ(Bytes(answer.begin(), answer.begin() + length), concat({{0x3B, 0x6A, 0x00, 0x00}, text("QZ32 DEBIT")}));
-    EXPECT_EQ(ICC_PowerOn(icdev, 1, answer.data(), &length), no_card);
-
-    // T=0: the exchange follows 61xx with GET RESPONSE and 6Cxx with the right Le.
-    std::array<unsigned char, 1024> response{};
-    unsigned short response_length = 0;
-    const Bytes select_pse = concat({{0x00, 0xA4, 0x04, 0x00, 0x0E}, text("1PAY.SYS.DDF01"), {0x00}});
-    ASSERT_EQ(ICC_CommandExchange(icdev, 0, select_pse.data(), static_cast<unsigned short>(select_pse.size()),
-                                  response.data(), &response_length),
-              0);
-    ASSERT_GE(response_length, 4);
-    EXPECT_EQ(response[0], 0x6F);
-    const auto fci_length = static_cast<std::uint8_t>(response_length - 2);
-    EXPECT_EQ(response[1] + 2u, fci_length) << "the whole FCI";
-    EXPECT_EQ(Bytes(response.begin() + fci_length, response.begin() + response_length), Bytes({0x90, 0x00}));
-
-    const Bytes read_directory{0x00, 0xB2, 0x01, 0x0C, 0x00};
-    ASSERT_EQ(ICC_CommandExchange(icdev, 0, read_directory.data(), 5, response.data(), &response_length), 0);
-    ASSERT_GE(response_length, 4);
-    EXPECT_EQ(response[0], 0x70);
-    const auto record_length = static_cast<std::uint8_t>(response_length - 2);
-    EXPECT_EQ(response[1] + 2u, record_length);
-
-    const auto& commands = connection.model<sim::CardReaderModel>().place(CardLocation::slot, 0).card()->received();
-    const std::vector<Bytes> expected{
-        select_pse, {0x00, 0xC0, 0x00, 0x00, fci_length}, read_directory, {0x00, 0xB2, 0x01, 0x0C, record_length}};
-    EXPECT_EQ(commands, expected);
-}
-
 }  // namespace
 }  // namespace qz::test

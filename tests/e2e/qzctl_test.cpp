@@ -41,17 +41,6 @@ TEST_F(Qzctl, InfoAsJsonFromItsOwnSimulator) {
     EXPECT_EQ(info["registration_number"], "REG-0000-0001");
 }
 
-TEST_F(Qzctl, EepromOverItsOwnSerialOnlySimulator) {
-    const auto written = qzctl({"--sim-serial", "eeprom", "write", "10", "--data", "48656C6C6F"});
-    EXPECT_EQ(written.exit_code, 0) << written.err;
-    EXPECT_EQ(written.out, "Bytes written: 5\n");
-
-    // Each --sim starts a fresh simulator: this one holds the shipped contents.
-    const auto read = qzctl({"--sim-serial", "--json", "eeprom", "read", "0", "8"});
-    ASSERT_EQ(read.exit_code, 0) << read.err;
-    EXPECT_EQ(nlohmann::json::parse(read.out)["data"], "515A333200010000");
-}
-
 TEST_F(Qzctl, EepromWrittenIsReadBackFromTheSameSimulator) {
     if (!start(Link::serial)) return;
     const auto written = qzctl({"eeprom", "write", "10", "-d", "48656c6c6f"}, to_sim());

@@ -8,7 +8,7 @@
 #include "link/link_state.h"
 #include "qz_32.h"
 #include "support/payloads.h"
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
 
 namespace qz::test {
 namespace {
@@ -16,13 +16,12 @@ namespace {
 class Commands : public ::testing::Test {
 protected:
     void SetUp() override { icdev = os.open_hid_link(); }
-    Bytes last_payload() const { return os.requests.empty() ? Bytes{} : payload_of(os.requests.back()); }
+    Bytes last_payload() const { return os.last_payload(); }
     void answer_with(const Bytes& data) {
         os.respond = [data](const Bytes&) { return make_reply(0, data); };
     }
 
-    ScriptedTerminal terminal;
-    ScriptedPlatform& os = terminal.platform;
+    ScriptedTerminal os;
     int icdev = 0;
     unsigned int status = 0xEEEE;
     std::array<unsigned char, 1024> out{};

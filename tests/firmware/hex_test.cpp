@@ -5,7 +5,7 @@
 #include <string>
 
 #include "firmware/intel_hex.h"
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
 
 namespace qz::test {
 namespace {

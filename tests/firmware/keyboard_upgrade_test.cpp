@@ -15,11 +15,6 @@ Bytes pattern(std::size_t size) {
     return bytes;
 }
 
-std::string read_all(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 class KeyboardUpgrade : public SimTerminal {
 protected:
     int upgrade(const std::string& file_name) {
@@ -28,7 +23,7 @@ protected:
         upper_cased_path = path;
         return result;
     }
-    sim::KeyboardModel& keyboard() { return *terminal->model<sim::KeyboardModel>(); }
+    sim::KeyboardModel& keyboard() { return sim->model<sim::KeyboardModel>(); }
     std::string keyboard_version() {
         unsigned length = 0;
         unsigned char text[100] = {};
@@ -40,17 +35,17 @@ protected:
 
 TEST_F(KeyboardUpgrade, ImageMadeByObjcopyArrivesByteForByte) {
     start({});
-    const std::string binary = read_all(QZ_32_SAMPLE_BIN);
+    const std::string binary = file_text(QZ_32_SAMPLE_BIN);
     ASSERT_GT(binary.size(), 1000u);
     std::filesystem::copy_file(QZ_32_SAMPLE_HEX, folder.path() / "fw.hex");
-    const std::uint32_t before = os.tick_ms();
+    const std::uint32_t before = tick_ms();
 
     EXPECT_EQ(upgrade("fw.hex"), 0);
     EXPECT_EQ(Bytes(binary.begin(), binary.end()), keyboard().firmware_image());
     EXPECT_EQ(keyboard_version(), "QZKB V2.00");
     EXPECT_NE(upper_cased_path.find("/FW.HEX"), std::string::npos) << "the caller's path is upper-cased";
     const std::uint32_t packages = static_cast<std::uint32_t>((binary.size() + 169) / 170);
-    EXPECT_GE(os.tick_ms() - before, 500u + 5000u + packages * 50u + 5000u) << "the loader's waits were kept";
+    EXPECT_GE(tick_ms() - before, 500u + 5000u + packages * 50u + 5000u) << "the loader's waits were kept";
     EXPECT_EQ(timeouts(), std::make_pair(5000u, 0u));
 }
 
@@ -61,8 +56,6 @@ TEST_F(KeyboardUpgrade, PackageNumbersAtTheEdges) {
     };
     for (const Case& c : {Case{0, 0}, Case{170, 1}, Case{171, 2}, Case{170 * 256 + 1, 257}}) {
         SCOPED_TRACE(c.size);
-        TearDown();
-        os = sim::InProcessPlatform{};
         start({{"keyboard", {{"in_loader", true}}}});
         const Bytes image = pattern(c.size);
         write_file("image.hex", hex_text(image, 32));
@@ -84,7 +77,7 @@ TEST_F(KeyboardUpgrade, RefusedPackageIsSentOnceMoreAndLogged) {
     EXPECT_TRUE(keyboard().in_loader());
     std::string log;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path()))
-        if (entry.is_regular_file()) log += read_all(entry.path());
+        if (entry.is_regular_file()) log += file_text(entry.path());
     EXPECT_NE(log.find("download_iap error. currPackage : 0001,st : 0x6581."), std::string::npos) << log;
 }
 
@@ -102,8 +95,6 @@ TEST_F(KeyboardUpgrade, RefusalsBeforeAnyPackage) {
     write_file("image.txt", hex_text(pattern(10)));
     EXPECT_EQ(upgrade("image.txt"), -89);
     EXPECT_EQ(upgrade("image.hex"), -86) << "the loader never says IAP";
-    TearDown();
-    os = sim::InProcessPlatform{};
     start({{"keyboard", {{"in_loader", true}}}});
     write_file("cut.hex", ":10000000");
     EXPECT_EQ(upgrade("missing.hex"), -89);

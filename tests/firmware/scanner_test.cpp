@@ -23,7 +23,7 @@ int record_progress(int total, int current, int status) {
 class Scanner : public SimTerminal {
 protected:
     void SetUp() override { progress.clear(); }
-    sim::ScannerModel& scanner() { return *terminal->model<sim::ScannerModel>(); }
+    sim::ScannerModel& scanner() { return sim->model<sim::ScannerModel>(); }
     int upgrade(const std::string& bytes) {
         return upgrade_scaner(icdev, write_file("scanner.bin", bytes).c_str(), record_progress);
     }
@@ -39,14 +39,14 @@ TEST_F(Scanner, UpgradeFillsTheLastPackageAndReportsEachStep) {
     start({});
     std::string file(257, '\0');
     for (std::size_t i = 0; i < file.size(); ++i) file[i] = static_cast<char>(i * 13 + 1);
-    const std::uint32_t before = os.tick_ms();
+    const std::uint32_t before = tick_ms();
     ASSERT_EQ(upgrade(file), 0);
     EXPECT_EQ(progress, (std::vector<Progress>{{2, 0, 0}, {2, 1, 0}, {2, 2, 0}}));
     Bytes expected(file.begin(), file.end());
     expected.resize(512, 0x00);
     EXPECT_EQ(scanner().loader().firmware(), expected);
     EXPECT_FALSE(scanner().loader().running());
-    EXPECT_GE(os.tick_ms() - before, 1500u + 4 * 60u + 2 * 5u);
+    EXPECT_GE(tick_ms() - before, 1500u + 4 * 60u + 2 * 5u);
 
     unsigned length = 0;
     unsigned char version[64] = {};
@@ -70,8 +70,6 @@ TEST_F(Scanner, FirstRefusedOrUnansweredPackageEndsTheUpgrade) {
     };
     for (const Case& c : {Case{"refuse_package", -96}, Case{"silent_after_package", -17}}) {
         SCOPED_TRACE(c.fault);
-        TearDown();
-        os = sim::InProcessPlatform{};
         progress.clear();
         start({{"scanner", {{c.fault, 2u}}}});
         EXPECT_EQ(upgrade(std::string(256 * 4, 'x')), c.result);
@@ -101,8 +99,6 @@ TEST_F(Scanner, TwoDimensionCodeByBothRoutes) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.route);
-        TearDown();
-        os = sim::InProcessPlatform{};
         start({{"scanner", c.scanner}});
         std::array<char, 1024> text{};
         ASSERT_EQ(GetTwoDimensionCode(icdev, 3, text.data()), 0);
@@ -115,10 +111,10 @@ TEST_F(Scanner, PolledReadGivesUpAfterTwentyFiveSeconds) {
     start({{"scanner", {{"version", nullptr}}}});
     std::array<char, 16> text{};
     text[0] = 'k';
-    const std::uint32_t before = os.tick_ms();
+    const std::uint32_t before = tick_ms();
     EXPECT_EQ(GetTwoDimensionCode(icdev, 30, text.data()), static_cast<std::int16_t>(-0x6400));
-    EXPECT_GE(os.tick_ms() - before, 25000u);
-    EXPECT_LT(os.tick_ms() - before, 26000u);
+    EXPECT_GE(tick_ms() - before, 25000u);
+    EXPECT_LT(tick_ms() - before, 26000u);
     EXPECT_EQ(text[0], 'k');
     EXPECT_EQ(GetTwoDimensionCode(icdev, 0, text.data()), -19);
 }

@@ -7,15 +7,13 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <memory>
+#include <optional>
 #include <string>
 
 #include "link/link_state.h"
 #include "qz_32.h"
-#include "sim/core/scenario.h"
-#include "sim/core/simulator.h"
-#include "sim/endpoints/inprocess_platform.h"
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
+#include "support/simulated_terminal.h"
 #include "support/temp_dir.h"
 
 namespace qz::test {
@@ -43,17 +41,9 @@ inline std::string hex_text(const Bytes& image, std::size_t record = 16) {
 class SimTerminal : public ::testing::Test {
 protected:
     void start(const nlohmann::json& document) {
-        terminal = sim::make_terminal(sim::parse_scenario(document.is_null() ? nlohmann::json::object() : document));
-        os.add_hid_device({.path = "/dev/hidraw0", .terminal = terminal});
-        platform::install(&os);
-        link::reset_link_state();
-        icdev = open_device(0, 115200);
+        sim.emplace(document.is_null() ? nlohmann::json::object() : document);
+        icdev = sim->icdev;
         ASSERT_GT(icdev, 1);
-    }
-    void TearDown() override {
-        if (icdev > 1) close_device(icdev);
-        platform::install(nullptr);
-        link::reset_link_state();
     }
     std::filesystem::path write_file(const std::string& name, const std::string& bytes) const {
         const auto path = folder.path() / name;
@@ -63,10 +53,10 @@ protected:
     std::pair<std::uint32_t, std::uint32_t> timeouts() const {
         return {link::link_state().read_ms, link::link_state().write_gap_ms};
     }
+    std::uint32_t tick_ms() { return sim->os.tick_ms(); }
 
     TempDir folder;
-    sim::InProcessPlatform os;
-    std::shared_ptr<sim::Terminal> terminal;
+    std::optional<SimulatedTerminal> sim;
     int icdev = 0;
 };
 

@@ -1,6 +1,4 @@
-// Identity card data for the tests: UCS-2 fields, text blocks, read replies, and
-// GBK forms of expected texts (converted here with iconv from UTF-8, not through
-// the library's own conversion).
+// Identity card data for the tests: UCS-2 fields, text blocks and read replies.
 #pragma once
 
 #include <array>
@@ -9,13 +7,12 @@
 #include <string_view>
 #include <vector>
 
+#include "support/gbk.h"
+
 namespace qz::test {
 
 using Bytes = std::vector<std::uint8_t>;
 using TextBlock = std::array<std::uint8_t, 256>;
-
-// GBK bytes of a UTF-8 text.
-std::string gbk(std::string_view utf8);
 
 // UCS-2 little-endian units of `text`, padded with blanks to `bytes` bytes.
 Bytes ucs2_field(std::u16string_view text, std::size_t bytes);

@@ -6,7 +6,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "card_data.h"
 #include "identity/card_read.h"
@@ -46,11 +45,6 @@ std::uint32_t le(const Bytes& bytes, std::size_t at, int size) {
     return value;
 }
 
-Bytes read_bytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 void write_bytes(const fs::path& path, const Bytes& bytes) {
     std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
@@ -61,7 +55,8 @@ struct Picture {
     Bytes rgb;
 };
 
-Picture parse_bmp24(const Bytes& file) {
+Picture parse_bmp24(const std::string& text) {
+    const Bytes file(text.begin(), text.end());
     EXPECT_EQ(file.at(0), 'B');
     EXPECT_EQ(file.at(1), 'M');
     EXPECT_EQ(le(file, 2, 4), file.size());
@@ -98,7 +93,7 @@ TEST_F(GetInfoComponent, LosslessImagesBecomeTheSamePixels) {
     for (const Bytes& image : {png(), bmp()}) {
         fs::remove(dir.path() / "sfz.bmp");
         ASSERT_EQ(decode(image), 1);
-        const Picture picture = parse_bmp24(read_bytes(dir.path() / "sfz.bmp"));
+        const Picture picture = parse_bmp24(file_text(dir.path() / "sfz.bmp"));
         EXPECT_EQ(picture.width, width);
         EXPECT_EQ(picture.height, height);
         EXPECT_EQ(picture.rgb, pixels);

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "card_data.h"
 #include "identity/card_read.h"
@@ -12,7 +11,7 @@
 #include "link/link_state.h"
 #include "platform/module.h"
 #include "qz_32.h"
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
 #include "support/temp_dir.h"
 
 namespace qz::test {
@@ -24,11 +23,6 @@ namespace fs = std::filesystem;
 constexpr std::string_view scripted = "GetBmpScripted.dll";
 
 Bytes script(std::string_view text) { return Bytes(text.begin(), text.end()); }
-
-std::string read_file(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 void write_file(const fs::path& path, std::string_view text) { std::ofstream(path, std::ios::binary) << text; }
 
@@ -46,28 +40,37 @@ TEST(SavePhotoFile, EveryGetBmpOutcome) {
         TempDir dir;
         const std::string photo = (dir.path() / "photo.bmp").string();
         EXPECT_EQ(identity::SavePhotoFile(script(c.script), photo, scripted), c.result) << c.script;
-        EXPECT_EQ(read_file(dir.path() / "sfz.wlt"), c.script) << "the .wlt stays";
+        EXPECT_EQ(file_text(dir.path() / "sfz.wlt"), c.script) << "the .wlt stays";
         EXPECT_FALSE(fs::exists(dir.path() / "sfz.bmp"));
         if (c.result == 0)
-            EXPECT_EQ(read_file(photo), (dir.path() / "sfz.wlt").string() + "\n" + std::string(c.script));
+            EXPECT_EQ(file_text(photo), (dir.path() / "sfz.wlt").string() + "\n" + std::string(c.script));
         else
             EXPECT_FALSE(fs::exists(photo));
     }
 }
 
-TEST(SavePhotoFile, MissingFoldersAreMadeChainAndAll) {
+// Where the photo goes: missing folders are made, the working ".bmp" itself may be
+// the target, an earlier photo is replaced, a bare name means the current folder.
+TEST(SavePhotoFile, PhotoPlaces) {
     TempDir dir;
-    const fs::path photo = dir.path() / "a" / "b" / "c" / "photo.bmp";
-    EXPECT_EQ(identity::SavePhotoFile(script("1 bmp"), photo.string(), scripted), 0);
-    EXPECT_TRUE(fs::exists(photo));
-    EXPECT_TRUE(fs::exists(dir.path() / "a" / "b" / "c" / "sfz.wlt"));
-}
+    const fs::path deep = dir.path() / "a" / "b" / "photo.bmp";
+    EXPECT_EQ(identity::SavePhotoFile(script("1 bmp"), deep.string(), scripted), 0);
+    EXPECT_EQ(file_text(deep), (dir.path() / "a" / "b" / "sfz.wlt").string() + "\n1 bmp");
 
-TEST(SavePhotoFile, PathThatIsTheBmpItselfIsLeftInPlace) {
-    TempDir dir;
-    const std::string photo = (dir.path() / "sfz.bmp").string();
-    EXPECT_EQ(identity::SavePhotoFile(script("1 bmp"), photo, scripted), 0);
-    EXPECT_EQ(read_file(photo), (dir.path() / "sfz.wlt").string() + "\n1 bmp");
+    const fs::path itself = dir.path() / "sfz.bmp";
+    EXPECT_EQ(identity::SavePhotoFile(script("1 bmp"), itself.string(), scripted), 0);
+    EXPECT_EQ(file_text(itself), (dir.path() / "sfz.wlt").string() + "\n1 bmp");
+
+    write_file(deep, "earlier photo");
+    EXPECT_EQ(identity::SavePhotoFile(script("2 bmp"), deep.string(), scripted), 0);
+    EXPECT_EQ(file_text(deep), (dir.path() / "a" / "b" / "sfz.wlt").string() + "\n2 bmp");
+
+    const fs::path before = fs::current_path();
+    fs::current_path(dir.path());
+    const int result = identity::SavePhotoFile(script("1 bmp"), "photo.bmp", scripted);
+    fs::current_path(before);
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(file_text(dir.path() / "photo.bmp"), "sfz.wlt\n1 bmp");
 }
 
 TEST(SavePhotoFile, OldFilesAndFoldersOfTheWorkingNamesAreRemovedFirst) {
@@ -81,25 +84,7 @@ TEST(SavePhotoFile, OldFilesAndFoldersOfTheWorkingNamesAreRemovedFirst) {
     EXPECT_EQ(identity::SavePhotoFile(script("-1"), photo, scripted), -3);
     EXPECT_FALSE(fs::exists(dir.path() / "sfz.bmp"));
     EXPECT_FALSE(fs::exists(photo));
-    EXPECT_EQ(read_file(dir.path() / "sfz.wlt"), "-1");
-}
-
-TEST(SavePhotoFile, AnEarlierPhotoIsReplaced) {
-    TempDir dir;
-    const fs::path photo = dir.path() / "photo.bmp";
-    write_file(photo, "earlier photo");
-    EXPECT_EQ(identity::SavePhotoFile(script("1 bmp"), photo.string(), scripted), 0);
-    EXPECT_EQ(read_file(photo), (dir.path() / "sfz.wlt").string() + "\n1 bmp");
-}
-
-TEST(SavePhotoFile, BareFileNameWorksInTheCurrentFolder) {
-    TempDir dir;
-    const fs::path before = fs::current_path();
-    fs::current_path(dir.path());
-    const int result = identity::SavePhotoFile(script("1 bmp"), "photo.bmp", scripted);
-    fs::current_path(before);
-    EXPECT_EQ(result, 0);
-    EXPECT_EQ(read_file(dir.path() / "photo.bmp"), "sfz.wlt\n1 bmp");
+    EXPECT_EQ(file_text(dir.path() / "sfz.wlt"), "-1");
 }
 
 TEST(DecodeWltFile, ComponentSearch) {
@@ -138,7 +123,7 @@ TEST(IDCardDecodeMsg, PhotoAndFingerComeFromTheirPartsOfTheReply) {
     EXPECT_EQ(outcome.message, gbk("读二代证成功"));
     EXPECT_EQ(texts.base_info, ordinary_card_text());
     EXPECT_EQ(texts.finger_info, "0FA0");
-    EXPECT_EQ(read_file(photo), (dir.path() / "out" / "sfz.wlt").string() + "\n1 bmp");
+    EXPECT_EQ(file_text(photo), (dir.path() / "out" / "sfz.wlt").string() + "\n1 bmp");
 }
 
 TEST(IDCardDecodeMsg, MessagesOfThePhotoResults) {
@@ -167,10 +152,8 @@ TEST(IDReadCard, PhotoComponentInNeitherPlaceGivesMinus2AndNoOutput) {
     if (platform::Module::load(identity::photo_library))
         GTEST_SKIP() << "a photo component is installed on the system's library path";
     ScriptedTerminal terminal;
-    terminal.platform.hid_devices.push_back({.path = "/dev/hidraw0"});
-    const int handle = terminal.platform.hid_open("/dev/hidraw0");
-    link::link_state().hid_report_length = 256;
-    terminal.platform.respond = [](const Bytes&) {
+    const int handle = terminal.open_hid_link();
+    terminal.respond = [](const Bytes&) {
         return make_reply(0, read_reply_data({.text = ordinary_card(), .photo = script("1 bmp")}));
     };
 
@@ -183,7 +166,7 @@ TEST(IDReadCard, PhotoComponentInNeitherPlaceGivesMinus2AndNoOutput) {
     EXPECT_EQ(IDReadCard(handle, 0, photo.c_str(), base, finger), -2);
     EXPECT_STREQ(base, "untouched");
     EXPECT_STREQ(finger, "untouched");
-    EXPECT_EQ(read_file(folder / "sfz.wlt"), "1 bmp");
+    EXPECT_EQ(file_text(folder / "sfz.wlt"), "1 bmp");
 }
 
 }  // namespace

@@ -1,21 +1,18 @@
 // The library's identity card exports against the simulated identity module,
 // over HID and serial, with the photo decoded by the project's photo component.
-#include <iconv.h>
-
 #include <gtest/gtest.h>
 
 #include <array>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "qz_32.h"
 #include "sim/models/identity/identity_model.h"
+#include "support/gbk.h"
 #include "support/simulated_terminal.h"
 #include "support/temp_dir.h"
 
@@ -31,21 +28,6 @@ constexpr int module_failed = -50;
 constexpr std::size_t base_info_size = 3096, finger_info_size = 2060, raw_reply_size = 3096;
 
 const fs::path scenario_folder = QZ_32_SIM_SCENARIO_DIR;
-// GBK of UTF-8 text, converted independently of the library.
-std::string gbk(std::string_view utf8) {
-    const auto closer = [](iconv_t cd) { iconv_close(cd); };
-    const std::unique_ptr<std::remove_pointer_t<iconv_t>, decltype(closer)> cd(iconv_open("GBK", "UTF-8"), closer);
-    if (cd.get() == reinterpret_cast<iconv_t>(-1)) throw std::runtime_error("no GBK converter");
-    std::string in(utf8), out(utf8.size() * 2, '\0');
-    char* from = in.data();
-    char* to = out.data();
-    std::size_t from_left = in.size(), to_left = out.size();
-    if (iconv(cd.get(), &from, &from_left, &to, &to_left) == static_cast<std::size_t>(-1))
-        throw std::runtime_error("not convertible to GBK");
-    out.resize(out.size() - to_left);
-    return out;
-}
-
 const std::string ordinary_text = gbk(
     "0|王小明|男|汉|19900307|北京市海淀区示例路88号院3号楼2单元101室|110108199003070016|"
     "北京市公安局海淀分局|20200115|20400115||");
@@ -55,8 +37,8 @@ const std::string ordinary_finger = "43011A0B000000000000000000000000F1225C3D7E0
 const std::string foreigner_finger = "43012C0A0000000000000000000000008E1347B205D9601F3A74C10952EE186D";
 
 Bytes file_bytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), {});
+    const std::string text = file_text(path);
+    return Bytes(text.begin(), text.end());
 }
 
 // The identity module of the default scenario, without the other devices.
@@ -159,17 +141,6 @@ TEST_F(IdentityEndToEnd, ModuleStatusesGiveTheModulesFailure) {
     EXPECT_EQ(read(0).result, module_failed) << "no card on the module";
     module().present("ordinary");
     EXPECT_EQ(read(0).result, 0);
-}
-
-TEST_F(IdentityEndToEnd, PhotoThatIsNoPictureIsAFormatError) {
-    json document = default_identity();
-    document["identity"]["cards"]["ordinary"]["photo"] = {{"hex", "57 4C 54 00 01 02 03"}};
-    ASSERT_NO_FATAL_FAILURE(connect(document));
-    const fs::path photo = dir.path() / "p.bmp";
-    const Read result = read(0, photo.c_str());
-    EXPECT_EQ(result.result, -6) << "the component's format error, less 2";
-    EXPECT_EQ(result.base, "untouched");
-    EXPECT_FALSE(fs::exists(photo));
 }
 
 }  // namespace

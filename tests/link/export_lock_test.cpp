@@ -8,7 +8,7 @@
 
 #include "link/card_lock.h"
 #include "qz_32.h"
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
 
 namespace qz::test {
 namespace {
@@ -21,8 +21,7 @@ bool lock_free_for_another_thread() {
 }
 
 TEST(ExportLock, HeldDuringEveryExchangeOfEachFamily) {
-    ScriptedTerminal terminal;
-    ScriptedPlatform& os = terminal.platform;
+    ScriptedTerminal os;
     const int icdev = os.open_hid_link();
     std::array<unsigned char, 1024> out{};
     std::array<char, 1024> text{};

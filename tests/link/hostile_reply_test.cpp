@@ -8,7 +8,7 @@
 
 #include "pinpad/pad_state.h"
 #include "qz_32.h"
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
 
 namespace qz::test {
 namespace {
@@ -17,8 +17,7 @@ constexpr int reply_too_short = -39;
 constexpr unsigned char sentinel = 0xA5;
 
 TEST(HostileReply, ShortRepliesFailWithoutOutput) {
-    ScriptedTerminal terminal;
-    ScriptedPlatform& os = terminal.platform;
+    ScriptedTerminal os;
     const int icdev = os.open_hid_link();
     pinpad::reset_pad_state();
     pinpad::pad_state().pwdkb_timeout_set = true;

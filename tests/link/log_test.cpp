@@ -1,29 +1,22 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iterator>
 
 #include "link/log.h"
 #include "qz_32.h"
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
 #include "support/temp_dir.h"
 
 namespace qz::test {
 namespace {
 namespace fs = std::filesystem;
 
-std::string read_file(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 class Log : public ::testing::Test {
 protected:
     TempDir dir;
     fs::path root = dir.path() / "QZlog";
     ScopedEnv env{"QZ_32_LOG_ROOT", root.string()};
-    ScriptedTerminal terminal;
-    ScriptedPlatform& os = terminal.platform;
+    ScriptedTerminal os;
 };
 
 TEST_F(Log, NothingIsWrittenWithoutTheRoot) {
@@ -35,31 +28,31 @@ TEST_F(Log, NothingIsWrittenWithoutTheRoot) {
 
 TEST_F(Log, RecordBytesOnDisk) {
     fs::create_directory(root);
-    os.local = {2026, 11, 23, 9, 5, 3, 7};
+    os.platform.set_local_time({2026, 11, 23, 9, 5, 3, 7});
     link::write_log("a\nb");
-    EXPECT_EQ(read_file(root / "20261123" / "qz3log09.txt"), "[09:05:03:7]==> a\r\nb\r\r\n\r\r\n");
-    os.local.millisecond = 123;
+    EXPECT_EQ(file_text(root / "20261123" / "qz3log09.txt"), "[09:05:03:7]==> a\r\nb\r\r\n\r\r\n");
+    os.platform.set_local_time({2026, 11, 23, 9, 5, 3, 123});
     link::write_log("send return -24.");
-    EXPECT_EQ(read_file(root / "20261123" / "qz3log09.txt"),
+    EXPECT_EQ(file_text(root / "20261123" / "qz3log09.txt"),
               "[09:05:03:7]==> a\r\nb\r\r\n\r\r\n[09:05:03:123]==> send return -24.\r\r\n\r\r\n");
 }
 
 TEST_F(Log, FilesFollowTheHourAndFoldersTheDate) {
     fs::create_directory(root);
-    os.local = {2026, 11, 23, 9, 59, 59, 999};
+    os.platform.set_local_time({2026, 11, 23, 9, 59, 59, 999});
     link::write_log("last");
-    os.local = {2026, 11, 23, 10, 0, 0, 0};
+    os.platform.set_local_time({2026, 11, 23, 10, 0, 0, 0});
     link::write_log("first");
-    os.local = {2026, 11, 24, 0, 0, 0, 1};
+    os.platform.set_local_time({2026, 11, 24, 0, 0, 0, 1});
     link::write_log("midnight");
-    EXPECT_EQ(read_file(root / "20261123" / "qz3log09.txt"), "[09:59:59:999]==> last\r\r\n\r\r\n");
-    EXPECT_EQ(read_file(root / "20261123" / "qz3log10.txt"), "[10:00:00:0]==> first\r\r\n\r\r\n");
-    EXPECT_EQ(read_file(root / "20261124" / "qz3log00.txt"), "[00:00:00:1]==> midnight\r\r\n\r\r\n");
+    EXPECT_EQ(file_text(root / "20261123" / "qz3log09.txt"), "[09:59:59:999]==> last\r\r\n\r\r\n");
+    EXPECT_EQ(file_text(root / "20261123" / "qz3log10.txt"), "[10:00:00:0]==> first\r\r\n\r\r\n");
+    EXPECT_EQ(file_text(root / "20261124" / "qz3log00.txt"), "[00:00:00:1]==> midnight\r\r\n\r\r\n");
 }
 
 TEST_F(Log, OpenAndCloseWriteTheirRecordsInGbk) {
     fs::create_directory(root);
-    os.hid_devices.push_back({.path = "/dev/hidraw0"});
+    os.add_hid_device({.path = "/dev/hidraw0"});
     os.respond = [](const Bytes&) { return make_reply(0, {'1'}); };
     const int handle = open_device(3, 9600);
     ASSERT_GT(handle, 1);
@@ -68,7 +61,7 @@ TEST_F(Log, OpenAndCloseWriteTheirRecordsInGbk) {
     const std::string h = std::to_string(handle);
     const std::string stamp = "[10:00:00:0]==> ";
     const std::string end = "\r\r\n\r\r\n";
-    EXPECT_EQ(read_file(root / "20261123" / "qz3log10.txt"),
+    EXPECT_EQ(file_text(root / "20261123" / "qz3log10.txt"),
               stamp + "open_device port = 3,Baud= 9600" + end +       //
                   stamp + "ReportBufferSize = 0x100" + end +          //
                   stamp + "open_device HANDLE = " + h + end +         //
@@ -82,10 +75,10 @@ TEST_F(Log, OpenAndCloseWriteTheirRecordsInGbk) {
 
 TEST_F(Log, FailedTransfersAndSerialOpenAreLogged) {
     fs::create_directory(root);
-    os.serial_ports["COM1"] = {};
+    os.add_serial_port({.name = "COM1"});
     os.respond = [](const Bytes&) { return Bytes{}; };
     EXPECT_EQ(open_device(0, 9600), 0);
-    const std::string text = read_file(root / "20261123" / "qz3log10.txt");
+    const std::string text = file_text(root / "20261123" / "qz3log10.txt");
     EXPECT_NE(text.find("open_device com\xA1\xA1HANDLE = "), std::string::npos);
     EXPECT_NE(text.find("receive return -34."), std::string::npos);
     EXPECT_NE(text.find("get_version HANDLE = "), std::string::npos);
@@ -102,7 +95,7 @@ protected:
 };
 
 TEST_F(LogCleaning, KeepsTodayAndYesterdayByNumber) {
-    os.local = {2026, 11, 15, 8, 0, 0, 0};
+    os.platform.set_local_time({2026, 11, 15, 8, 0, 0, 0});
     for (auto name : {"20261115", "20261114", "20261113", "20251231", "20261116", "abc", "7"}) folder(name);
     std::ofstream(root / "20200101.txt") << "file beside the folders";
     link::clean_log_folders(root);
@@ -117,7 +110,7 @@ TEST_F(LogCleaning, KeepsTodayAndYesterdayByNumber) {
 }
 
 TEST_F(LogCleaning, FirstOfTheMonthKeepsOnlyToday) {
-    os.local = {2026, 12, 1, 8, 0, 0, 0};
+    os.platform.set_local_time({2026, 12, 1, 8, 0, 0, 0});
     folder("20261201");
     folder("20261130");
     link::clean_log_folders(root);
@@ -126,7 +119,7 @@ TEST_F(LogCleaning, FirstOfTheMonthKeepsOnlyToday) {
 }
 
 TEST_F(LogCleaning, FoldersThatAreNotPlainStay) {
-    os.local = {2026, 11, 15, 8, 0, 0, 0};
+    os.platform.set_local_time({2026, 11, 15, 8, 0, 0, 0});
     folder("20200101");
     fs::create_directory(root / "20200101" / "inner");
     folder(".20200102");

@@ -2,7 +2,7 @@
 
 #include "link/link_state.h"
 #include "qz_32.h"
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
 
 namespace qz::test {
 namespace {
@@ -16,19 +16,19 @@ protected:
             return make_reply(0, {'V', '1', '.', '0'});
         };
     }
-    void add_terminal_hid(std::string path = "/dev/hidraw0") { os.hid_devices.push_back({.path = std::move(path)}); }
+    void add_terminal_hid(std::string path = "/dev/hidraw0") { os.add_hid_device({.path = std::move(path)}); }
+    void add_port(std::string name = "COM1") { os.add_serial_port({.name = std::move(name)}); }
 
-    ScriptedTerminal terminal;
-    ScriptedPlatform& os = terminal.platform;
+    ScriptedTerminal os;
     bool silent = false;
 };
 
 TEST_F(OpenDevice, HidTerminalIsPreferredAndPortIsIgnored) {
     add_terminal_hid();
-    os.serial_ports["COM1"] = {};
+    add_port();
     const int handle = open_device(200, 1234);
     EXPECT_GT(handle, 1);
-    EXPECT_TRUE(os.serial_open_names.empty());
+    EXPECT_TRUE(os.platform.serial_ports_asked().empty());
     EXPECT_EQ(os.requests.size(), 1u);
     EXPECT_EQ(link::link_state().kind, link::LinkKind::hid);
     EXPECT_EQ(link::link_state().hid_report_length, 256);
@@ -37,33 +37,34 @@ TEST_F(OpenDevice, HidTerminalIsPreferredAndPortIsIgnored) {
 }
 
 TEST_F(OpenDevice, NonMatchingAndUnreadableDevicesAreSkipped) {
-    os.hid_devices.push_back({.path = "/dev/hidraw0", .identity = {0x1234, 0x0305}});
-    os.hid_devices.push_back({.path = "/dev/hidraw1", .report_length = std::nullopt});
-    os.hid_devices.push_back({.path = "/dev/hidraw2", .held_elsewhere = true});
+    os.platform.add_hid_device({.path = "/dev/hidraw0", .vendor = 0x1234});
+    os.platform.add_hid_device({.path = "/dev/hidraw1", .report_length_readable = false});
+    os.platform.add_hid_device({.path = "/dev/hidraw2", .held_elsewhere = true});
     add_terminal_hid("/dev/hidraw3");
     const int handle = open_device(0, 9600);
     EXPECT_GT(handle, 1);
-    EXPECT_EQ(os.opened_paths, (std::vector<std::string>{"/dev/hidraw0", "/dev/hidraw1", "/dev/hidraw2", "/dev/hidraw3"}));
-    EXPECT_EQ(os.closed.size(), 2u);  // the two that opened but did not qualify
+    EXPECT_EQ(os.platform.hid_paths_asked(),
+              (std::vector<std::string>{"/dev/hidraw0", "/dev/hidraw1", "/dev/hidraw2", "/dev/hidraw3"}));
+    EXPECT_EQ(os.platform.open_handles(), 1u);  // the two that opened but did not qualify are closed
 }
 
 TEST_F(OpenDevice, OnlySixtyFourInterfacesAreLookedAt) {
-    for (int i = 0; i < 64; ++i) os.hid_devices.push_back({.path = "/dev/other" + std::to_string(i), .identity = {1, 2}});
+    for (int i = 0; i < 64; ++i) os.platform.add_hid_device({.path = "/dev/other" + std::to_string(i), .vendor = 1});
     add_terminal_hid("/dev/hidraw64");
-    os.serial_ports["COM1"] = {};
+    add_port();
     EXPECT_GT(open_device(0, 9600), 1);
-    EXPECT_EQ(os.opened_paths.size(), 64u);
+    EXPECT_EQ(os.platform.hid_paths_asked().size(), 64u);
     EXPECT_EQ(link::link_state().kind, link::LinkKind::serial);
 }
 
 TEST_F(OpenDevice, SilentHidTerminalGivesZeroWithoutTryingSerial) {
     add_terminal_hid();
-    os.serial_ports["COM1"] = {};
+    add_port();
     silent = true;
     EXPECT_EQ(open_device(0, 9600), 0);
-    EXPECT_TRUE(os.serial_open_names.empty());
+    EXPECT_TRUE(os.platform.serial_ports_asked().empty());
     EXPECT_EQ(os.requests.size(), 1u);
-    EXPECT_EQ(os.open_handles(), 0);
+    EXPECT_EQ(os.platform.open_handles(), 0u);
     EXPECT_EQ(link::link_state().kind, link::LinkKind::hid);  // a failed proof leaves the kind
     EXPECT_EQ(link::link_state().read_ms, 5000u);
 }
@@ -78,26 +79,27 @@ TEST_F(OpenDevice, SerialPortNamesAndSpeeds) {
     for (const Case& c : {Case{0, 1200, "COM1", 9600}, Case{8, 19200, "COM9", 19200},
                           Case{9, 115200, "\\\\.\\COM10", 115200}, Case{31, 57600, "\\\\.\\COM32", 57600},
                           Case{3, 9600, "COM4", 9600}, Case{4, 38400, "COM5", 38400}}) {
-        os.serial_ports[c.name] = {};
-        os.serial_opens.clear();
+        add_port(c.name);
         const int handle = open_device(c.port, c.baud);
         EXPECT_GT(handle, 1) << c.name;
-        EXPECT_EQ(os.serial_open_names.back(), c.name);
-        ASSERT_EQ(os.serial_opens.size(), 1u);
-        EXPECT_EQ(os.serial_opens[0].baud, c.speed) << c.name;
-        EXPECT_EQ(os.serial_opens[0].byte_size, 8);
-        EXPECT_EQ(os.serial_opens[0].read_timeout_ms, 100u);
+        EXPECT_EQ(os.platform.serial_ports_asked().back(), c.name);
+        ASSERT_FALSE(os.platform.serial_settings().empty());
+        const auto& settings = os.platform.serial_settings().back();
+        EXPECT_EQ(settings.baud, c.speed) << c.name;
+        EXPECT_EQ(settings.byte_size, 8);
+        EXPECT_EQ(settings.read_timeout_ms, 100u);
         EXPECT_EQ(link::link_state().kind, link::LinkKind::serial);
         EXPECT_EQ(close_device(handle), 0);
     }
 }
 
 TEST_F(OpenDevice, SerialFailuresGiveThePortStatus) {
-    os.serial_ports["COM2"] = {.open_result = -20};
-    os.serial_ports["COM3"] = {.open_result = -22};
-    os.serial_ports["COM4"] = {.open_result = -23};
+    using platform::SerialOpenError;
+    os.add_serial_port({.name = "COM2", .refusal = SerialOpenError::in_use});
+    os.add_serial_port({.name = "COM3", .refusal = SerialOpenError::state_unreadable});
+    os.add_serial_port({.name = "COM4", .refusal = SerialOpenError::state_refused});
     EXPECT_EQ(open_device(32, 9600), -19);
-    EXPECT_TRUE(os.serial_open_names.empty());
+    EXPECT_TRUE(os.platform.serial_ports_asked().empty());
     EXPECT_EQ(open_device(0, 9600), -21);  // no such port
     EXPECT_EQ(open_device(1, 9600), -20);
     EXPECT_EQ(open_device(2, 9600), -22);
@@ -107,11 +109,11 @@ TEST_F(OpenDevice, SerialFailuresGiveThePortStatus) {
 }
 
 TEST_F(OpenDevice, SilentSerialTerminalGivesZeroAndClosesThePort) {
-    os.serial_ports["COM1"] = {};
+    add_port();
     silent = true;
     EXPECT_EQ(open_device(0, 9600), 0);
-    EXPECT_EQ(os.open_handles(), 0);
-    EXPECT_EQ(os.closed.size(), 1u);
+    EXPECT_EQ(os.platform.open_handles(), 0u);
+    EXPECT_EQ(os.platform.serial_ports_asked().size(), 1u);
 }
 
 TEST_F(OpenDevice, CloseDevice) {
@@ -120,9 +122,7 @@ TEST_F(OpenDevice, CloseDevice) {
     EXPECT_EQ(close_device(handle), 0);
     EXPECT_EQ(close_device(handle), -1);  // the platform no longer knows it
     EXPECT_EQ(close_device(0), -1);
-    const auto closes = os.closed.size();
     EXPECT_EQ(close_device(-1), -1);
-    EXPECT_EQ(os.closed.size(), closes);
 }
 
 TEST_F(OpenDevice, GetVersion) {
@@ -139,10 +139,10 @@ TEST_F(OpenDevice, GetVersion) {
 
     silent = true;
     length = 0xFF;
-    const std::uint32_t start = os.now_ms;
+    const std::uint32_t start = os.platform.tick_ms();
     EXPECT_EQ(get_version(handle, &length, version), -17);
     EXPECT_EQ(length, 0);
-    EXPECT_LT(os.now_ms - start, 200u);  // a read waits 100 ms here
+    EXPECT_LT(os.platform.tick_ms() - start, 200u);  // a read waits 100 ms here
     EXPECT_EQ(link::link_state().read_ms, 5000u);
     EXPECT_EQ(get_version(handle, nullptr, version), -19);
 }

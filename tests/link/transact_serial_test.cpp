@@ -4,7 +4,7 @@
 
 #include "link/link_state.h"
 #include "link/transact.h"
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
 
 namespace qz::test {
 namespace {
@@ -12,16 +12,15 @@ namespace {
 class SerialTransact : public ::testing::Test {
 protected:
     void SetUp() override {
-        os.serial_ports["COM1"] = {};
-        handle = os.serial_open("COM1", {.baud = 9600, .read_timeout_ms = 100});
+        os.add_serial_port({.name = "COM1"});
+        handle = os.platform.serial_open("COM1", {.baud = 9600, .read_timeout_ms = 100});
         link::link_state().kind = link::LinkKind::serial;
         link::set_link_timeouts(1000, 0);
     }
 
     int transact(const Bytes& payload) { return link::dev_transact(handle, payload, length, reply); }
 
-    ScriptedTerminal terminal;
-    ScriptedPlatform& os = terminal.platform;
+    ScriptedTerminal os;
     int handle = 0;
     int length = -1;
     std::array<std::uint8_t, 512> reply{};
@@ -30,8 +29,8 @@ protected:
 TEST_F(SerialTransact, FrameGoesOutWholeAfterAPurge) {
     os.respond = [](const Bytes&) { return make_reply(0, {0x41, 0x42}); };
     ASSERT_EQ(transact({0x00, 0x01, 0x00}), 0);
-    EXPECT_EQ(os.purges, 1);
-    EXPECT_EQ(os.serial_written, (Bytes{0x02, 0x00, 0x03, 0x00, 0x01, 0x00, 0x01, 0x03}));
+    EXPECT_EQ(os.platform.purges("COM1"), 1);
+    EXPECT_EQ(os.platform.bytes_written("COM1"), (Bytes{0x02, 0x00, 0x03, 0x00, 0x01, 0x00, 0x01, 0x03}));
     EXPECT_EQ(length, 2);
     EXPECT_EQ(reply[0], 0x41);
     EXPECT_EQ(reply[1], 0x42);
@@ -39,10 +38,10 @@ TEST_F(SerialTransact, FrameGoesOutWholeAfterAPurge) {
 
 TEST_F(SerialTransact, SilenceGivesNoStxAfterOneReadTime) {
     os.respond = [](const Bytes&) { return Bytes{}; };
-    const std::uint32_t start = os.now_ms;
+    const std::uint32_t start = os.platform.tick_ms();
     EXPECT_EQ(transact({0x00, 0x01, 0x00}), -34);
-    EXPECT_GE(os.now_ms - start, 1000u);
-    EXPECT_LE(os.now_ms - start, 1100u);
+    EXPECT_GE(os.platform.tick_ms() - start, 1000u);
+    EXPECT_LE(os.platform.tick_ms() - start, 1100u);
 }
 
 TEST_F(SerialTransact, GarbageBeforeStxIsNotSkipped) {
@@ -70,9 +69,9 @@ TEST_F(SerialTransact, CutFrameEndsOneReadTimeAfterItsLastByte) {
             os.respond = [&](const Bytes&) {
                 return Bytes(reply->begin(), reply->begin() + static_cast<std::ptrdiff_t>(sent));
             };
-            const std::uint32_t start = os.now_ms;
+            const std::uint32_t start = os.platform.tick_ms();
             EXPECT_EQ(transact({0x00}), -35);
-            EXPECT_LE(os.now_ms - start, 1000u + 100u);
+            EXPECT_LE(os.platform.tick_ms() - start, 1000u + 100u);
             EXPECT_EQ(length, 0);
         }
     }

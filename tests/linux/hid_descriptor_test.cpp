@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/hid_descriptor.h"
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
 
 namespace qz::test {
 namespace {

@@ -10,7 +10,6 @@
 #include "pin_fixture.h"
 #include "pinpad/pad_commands.h"
 #include "qz_32.h"
-#include "sim/models/pinpad/keypad_model.h"
 #include "sim/models/pinpad/pinpad_model.h"
 #include "support/simulated_terminal.h"
 
@@ -49,24 +48,6 @@ protected:
     std::array<unsigned char, 300> rdata{};
     unsigned char rlen = 0;
 };
-
-TEST_F(EndToEnd, ProtectedKeypadEntryGivesTheHostThePinThatWasKeyed) {
-    start({{"keypad", {{"entries", {"246810", "1357924680", "4711"}}}}});
-    ASSERT_EQ(dev_pwdkb_getpwd_encrypt(icdev, 10, &rlen, rdata.data()), 0);
-    ASSERT_EQ(rlen, 8);
-    EXPECT_EQ(Bytes(rdata.begin(), rdata.begin() + 8), (Bytes{'2', '4', '6', '8', '1', '0', 0, 0}));
-
-    ASSERT_EQ(dev_pwdkb_getpwd_again_encrypt(icdev, 10, &rlen, rdata.data()), 0);
-    ASSERT_EQ(rlen, 16);
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(rdata.data())), "1357924680");
-
-    ASSERT_EQ(dev_pwdkb_getpwd(icdev, 10, &rlen, rdata.data()), 0);
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(rdata.data()), rlen), "4711");
-    EXPECT_EQ(terminal->model<sim::KeypadModel>()->letters(), (std::vector<char>{'I', 'E', 'I'}));
-
-    EXPECT_EQ(dev_pwdkb_getpwd_encrypt(icdev, 10, &rlen, rdata.data()), -0x6400) << "no one types";
-    EXPECT_EQ(rlen, 0);
-}
 
 TEST_F(EndToEnd, PinBlockOfThePadDeciphersUnderAWrappedWorkKey) {
     start({{"pinpad", {{"entries", {"123456", "98765432"}}}}});

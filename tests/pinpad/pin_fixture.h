@@ -11,7 +11,7 @@
 #include "link/link_state.h"
 #include "pinpad/pad_state.h"
 #include "support/payloads.h"
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
 
 namespace qz::test {
 
@@ -44,7 +44,7 @@ protected:
     }
     void TearDown() override { pinpad::reset_pad_state(); }
 
-    Bytes last_payload() const { return os.requests.empty() ? Bytes{} : payload_of(os.requests.back()); }
+    Bytes last_payload() const { return os.last_payload(); }
     std::uint32_t read_ms() const { return link::link_state().read_ms; }
 
     // Both gates of the external pad open, as after the two settings succeeded.
@@ -59,8 +59,7 @@ protected:
         os.respond = [data](const Bytes&) { return make_reply(0, data); };
     }
 
-    ScriptedTerminal terminal;
-    ScriptedPlatform& os = terminal.platform;
+    ScriptedTerminal os;
     int icdev = 0;
 };
 

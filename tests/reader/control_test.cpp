@@ -1,11 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <random>
 
 #include "link/link_state.h"
 #include "qz_32.h"
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
 
 namespace qz::test {
 namespace {
@@ -15,13 +14,9 @@ protected:
     void SetUp() override {
         handle = os.open_hid_link();
     }
-    Bytes last_payload() const {
-        const Bytes& frame = os.requests.back();
-        return Bytes(frame.begin() + 3, frame.end() - 2);
-    }
+    Bytes last_payload() const { return os.last_payload(); }
 
-    ScriptedTerminal terminal;
-    ScriptedPlatform& os = terminal.platform;
+    ScriptedTerminal os;
     int handle = 0;
 };
 
@@ -180,27 +175,6 @@ TEST_F(Eeprom, FailedReadWritesNothing) {
     const unsigned char data[1] = {0};
     EXPECT_EQ(dev_writeeeprom(handle, 1, 1, data), -(0x6581));
     EXPECT_EQ(os.requests.size(), 1u);
-}
-
-TEST_F(Eeprom, RandomRoundTrips) {
-    std::mt19937 random(7);
-    auto reference = memory;
-    for (int i = 0; i < 300; ++i) {
-        const unsigned offset = random() % 150;
-        const unsigned length = 1 + random() % 50;
-        Bytes data(length);
-        for (auto& b : data) b = static_cast<std::uint8_t>(random());
-        ASSERT_EQ(dev_writeeeprom(handle, static_cast<unsigned short>(offset), static_cast<unsigned short>(length),
-                                  data.data()),
-                  0);
-        std::copy(data.begin(), data.end(), reference.begin() + offset);
-        Bytes back(length);
-        ASSERT_EQ(dev_readeeprom(handle, static_cast<unsigned short>(offset), static_cast<unsigned short>(length),
-                                 back.data()),
-                  0);
-        ASSERT_EQ(back, data);
-    }
-    EXPECT_EQ(memory, reference);
 }
 
 }  // namespace

@@ -9,7 +9,7 @@
 
 #include "link/link_state.h"
 #include "support/payloads.h"
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
 
 namespace qz::test {
 
@@ -24,14 +24,9 @@ protected:
         };
     }
 
-    std::vector<Bytes> payloads() const {
-        std::vector<Bytes> all;
-        for (const Bytes& frame : os.requests) all.push_back(payload_of(frame));
-        return all;
-    }
+    std::vector<Bytes> payloads() const { return os.payloads(); }
 
-    ScriptedTerminal terminal;
-    ScriptedPlatform& os = terminal.platform;
+    ScriptedTerminal os;
     int handle = 0;
     std::vector<std::uint32_t> read_ms;  // of each request, in order
     int fail_at = -1;                    // index of the request that fails with 0x6A80

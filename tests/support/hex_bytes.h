@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
 
 namespace qz::test {
 

@@ -1,14 +1,11 @@
-// Request payloads in tests: the payload inside a recorded request frame, and
-// payloads put together from parts.
+// Request payloads put together from parts in tests.
 #pragma once
 
 #include <initializer_list>
 
-#include "support/scripted_platform.h"
+#include "support/scripted_terminal.h"
 
 namespace qz::test {
-
-inline Bytes payload_of(const Bytes& frame) { return Bytes(frame.begin() + 3, frame.end() - 2); }
 
 inline Bytes concat(std::initializer_list<Bytes> parts) {
     Bytes all;

@@ -1,4 +1,5 @@
-// A fresh folder under the system's temporary folder, removed with the object.
+// A fresh folder under the system's temporary folder, removed with the object,
+// and the files tests look into.
 #pragma once
 
 #include <filesystem>
@@ -18,6 +19,9 @@ public:
 private:
     std::filesystem::path path_;
 };
+
+// The whole contents of a file; empty when it cannot be read.
+std::string file_text(const std::filesystem::path& file);
 
 // Sets an environment variable for the life of the object, then restores it.
 class ScopedEnv {
