@@ -34,33 +34,20 @@ Bytes ScriptedCard::respond(const Bytes& request) {
     }
 }
 
-Bytes ScriptedCard::answer(const Bytes& apdu) {
-    Bytes reply{0x6D, 0x00};
+Bytes ScriptedCard::answer(const Bytes& apdu) const {
     switch (apdu.at(1)) {
-        case 0xC0:
-            if (pending_.empty()) return {0x69, 0x85};
-            return with_9000(std::exchange(pending_, {}));
         case 0xA4: {
             const auto found = selects.find(Bytes(apdu.begin() + 5, apdu.begin() + 5 + apdu.at(4)));
-            reply = found == selects.end() ? Bytes{0x6A, 0x82} : found->second;
-            break;
+            return found == selects.end() ? Bytes{0x6A, 0x82} : found->second;
         }
         case 0xA8:
-            reply = processing_options;
-            break;
+            return processing_options;
         case 0xB2: {
             const auto found = records.find({apdu.at(3) >> 3, apdu.at(2)});
-            if (found == records.end()) return {0x6A, 0x83};
-            reply = found->second;
-            if (wants_exact_length && apdu.at(4) == 0 && reply.size() > 2)
-                return {0x6C, static_cast<std::uint8_t>(reply.size() - 2)};
-            break;
+            return found == records.end() ? Bytes{0x6A, 0x83} : found->second;
         }
     }
-    const bool good = reply.size() > 2 && reply[reply.size() - 2] == 0x90 && reply.back() == 0x00;
-    if (!announces_data || !good) return reply;
-    pending_.assign(reply.begin(), reply.end() - 2);
-    return {0x61, static_cast<std::uint8_t>(pending_.size())};
+    return {0x6D, 0x00};
 }
 
 }  // namespace qz::test

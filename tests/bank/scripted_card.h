@@ -24,11 +24,6 @@ public:
     Bytes processing_options;
     // Answers to READ RECORD by (SFI, record); others get 6A 83.
     std::map<std::pair<int, int>, Bytes> records;
-    // A card of the T=0 kind: a reply with data is first announced by 61 Lx and
-    // handed over by GET RESPONSE.
-    bool announces_data = false;
-    // READ RECORD with Le 00 gets 6C Lx, with the record's length.
-    bool wants_exact_length = false;
 
     // What the card was sent, in order.
     std::vector<Bytes> apdus;
@@ -40,8 +35,7 @@ public:
     Bytes respond(const Bytes& request);
 
 private:
-    Bytes answer(const Bytes& apdu);
-    Bytes pending_;  // data waiting for GET RESPONSE
+    Bytes answer(const Bytes& apdu) const;
 };
 
 }  // namespace qz::test

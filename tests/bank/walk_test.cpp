@@ -143,19 +143,6 @@ TEST_F(BankWalk, ContactlessPrefersTheExtendedName) {
     EXPECT_EQ(out.name_text(), "EXTENDED NAME");
 }
 
-// A contactless card that shows no name with its processing options needs none:
-// the walk ends at the first record with a PAN.
-TEST_F(BankWalk, ContactlessNameIsOptional) {
-    load_card(contactless);
-    card.records[{2, 1}] = record({pan_item(pan_bcd)});
-    card.records[{2, 2}] = record({name_item(holder)});
-    Outputs out;
-    ASSERT_EQ(read(contactless, out), 0);
-    EXPECT_EQ(out.pan_text(), pan_digits);
-    EXPECT_EQ(out.name_length, 0);
-    EXPECT_EQ(card.apdus, full_walk(contactless, 1));
-}
-
 TEST_F(BankWalk, ContactlessTakesTrack2FromTheProcessingOptions) {
     const Bytes track2{0x62, 0x22, 0x02, 0x12, 0x34, 0x56, 0x78, 0x90, 0x12, 0xD4, 0x91, 0x22, 0x01};
     for (const Path& path : paths) {
@@ -182,28 +169,6 @@ TEST_F(BankWalk, ContactlessTakesTrack2FromTheProcessingOptions) {
     }
 }
 
-TEST_F(BankWalk, PanLosesOnePaddingF) {
-    struct Case {
-        Bytes bcd;
-        std::string pan;
-    };
-    const Case cases[] = {
-        {pan_bcd, pan_digits},
-        {{0x62, 0x22, 0x02, 0x12, 0x34, 0x56, 0x78, 0x90}, "6222021234567890"},
-        {{0x62, 0x22, 0x02, 0x12, 0x34, 0x56, 0x78, 0xFF}, "62220212345678F"},
-    };
-    for (const Case& c : cases) {
-        card = {};
-        load_card(contact);
-        card.records[{2, 2}] = record({pan_item(c.bcd)});
-        Outputs out;
-        out.pan.fill('x');
-        ASSERT_EQ(read(contact, out), 0);
-        EXPECT_EQ(out.pan_text(), c.pan);
-        EXPECT_EQ(out.pan[c.pan.size()], 'x');  // no terminator
-    }
-}
-
 TEST_F(BankWalk, UnusablePanItemsDoNotCount) {
     for (const Bytes& bad : {Bytes{}, Bytes(20, 0x12)}) {  // empty, or longer than any PAN
         card = {};
@@ -216,22 +181,6 @@ TEST_F(BankWalk, UnusablePanItemsDoNotCount) {
         EXPECT_EQ(out.pan_text(), pan_digits);
         EXPECT_EQ(card.apdus, full_walk(contact, 3));
     }
-}
-
-TEST_F(BankWalk, RefusedRecordEndsItsEntryOnly) {
-    load_card(contact);
-    card.records.erase({2, 1});
-    card.records.erase({2, 2});
-    card.records[{3, 1}] = record({tlv({0x9F, 0x08}, {0x00, 0x30})});
-    card.records[{3, 3}] = record({pan_item(pan_bcd), name_item(holder)});  // behind the refused record 2
-    card.records[{2, 1}] = record({pan_item(pan_bcd), name_item("SECOND ENTRY")});
-    // SFI 3 records 1-3, an entry whose last record is below its first, SFI 2 record 1.
-    card.processing_options = gpo_reply({0x18, 0x01, 0x03, 0x00, 0x20, 0x02, 0x01, 0x00, 0x10, 0x01, 0x01, 0x00});
-    Outputs out;
-    ASSERT_EQ(read(contact, out), 0);
-    EXPECT_EQ(out.name_text(), "SECOND ENTRY");
-    EXPECT_EQ(card.apdus, (std::vector<Bytes>{select(bytes_of(contact.directory)), read_record(1, 1), select(aid), gpo,
-                                              read_record(1, 3), read_record(2, 3), read_record(1, 2)}));
 }
 
 TEST_F(BankWalk, RecordsUsedUpCloseTheSessionWithMinus21) {
@@ -332,30 +281,6 @@ TEST_F(BankWalk, ActivationFailureIsReturnedAsItStands) {
         EXPECT_EQ(os.requests.size(), 1u) << path.name;
         EXPECT_EQ(out.pan_length, 0);
         EXPECT_EQ(out.name_length, 0);
-    }
-}
-
-TEST_F(BankWalk, CardsThatAnnounceTheirDataOrWantAnExactLength) {
-    for (const Path& path : paths) {
-        for (const bool announces : {false, true}) {
-            card = {};
-            load_card(path);
-            card.announces_data = announces;
-            card.wants_exact_length = !announces;
-            Outputs out;
-            ASSERT_EQ(read(path, out), 0) << path.name << announces;
-            EXPECT_EQ(out.pan_text(), pan_digits);
-            EXPECT_EQ(out.name_text(), holder);
-            const Bytes get_response{0x00, 0xC0, 0x00, 0x00};
-            if (announces) {
-                EXPECT_EQ(card.apdus.size(), 12u) << path.name;  // each command followed by GET RESPONSE
-                EXPECT_EQ(Bytes(card.apdus[1].begin(), card.apdus[1].begin() + 4), get_response);
-            } else {
-                const std::size_t pan_record = card.records[{2, 2}].size() - 2;
-                EXPECT_EQ(card.apdus.back(), read_record(2, 2, static_cast<int>(pan_record))) << path.name;
-                EXPECT_EQ(card.apdus.size(), 9u) << path.name;  // each READ RECORD repeated
-            }
-        }
     }
 }
 

@@ -2,11 +2,9 @@
 
 #include <array>
 #include <cstring>
-#include <future>
 #include <string>
 
 #include "card_fixture.h"
-#include "link/card_lock.h"
 #include "link/link_state.h"
 #include "qz_32.h"
 
@@ -22,14 +20,6 @@ Bytes activation_reply(const Bytes& uid, const Bytes& ats) {
 
 const Bytes uid{0xA1, 0xB2, 0xC3, 0xD4};
 const Bytes ats{0x05, 0x78, 0x80, 0x70, 0x02};
-
-// True when another thread can take card_lock right now.
-bool lock_is_free() {
-    return std::async(std::launch::async, [] {
-               std::unique_lock lock(link::card_lock(), std::try_to_lock);
-               return lock.owns_lock();
-           }).get();
-}
 
 TEST_F(Contactless, OpenCardSendsModeAndHandsOverBytesOrHex) {
     for (std::uint8_t mode : {0, 1}) {
@@ -57,7 +47,7 @@ TEST_F(Contactless, OpenCardSendsModeAndHandsOverBytesOrHex) {
     }
 }
 
-TEST_F(Contactless, ModeAboveOneIsRefusedBeforeAnythingAndFreesTheLock) {
+TEST_F(Contactless, ModeAboveOneIsRefusedBeforeAnything) {
     std::array<std::uint8_t, 16> out{};
     unsigned char length = 0xEE;
     EXPECT_EQ(OpenCard(icdev, 2, out.data(), out.data(), &length), -19);
@@ -67,7 +57,6 @@ TEST_F(Contactless, ModeAboveOneIsRefusedBeforeAnythingAndFreesTheLock) {
     EXPECT_EQ(Open_Card(icdev, 2, out.data()), -19);
     EXPECT_EQ(OpenCard(icdev, 0, nullptr, out.data(), &length), -19);
     EXPECT_TRUE(os.requests.empty());
-    EXPECT_TRUE(lock_is_free());
 }
 
 TEST_F(Contactless, FailedActivationLeavesLengthZeroAndOutputsAlone) {

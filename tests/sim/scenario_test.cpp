@@ -110,6 +110,17 @@ TEST(Scenario, BadValuesAreNamed) {
         {R"({"pinpad": {"main_keys": [{"number": 16, "key": {"hex": "0B 16 2C 58 B0 61 C2 85"}}]}})", "pinpad"},
         {R"({"pinpad": {"work_keys": [{"number": 0, "key": {"hex": "0B 16 2C"}}]}})", "pinpad"},
         {R"({"pinpad": {"pin_length": 19}})", "pinpad.pin_length"},
+        {R"({"memory_cards": {"slots": [{"type": "sle5542"}]}})", "memory_cards.slots[0].type"},
+        {R"({"memory_cards": {"slots": [{"type": "sle4442", "code": {"hex": "12 34"}}]}})", ".code: 3 bytes"},
+        {R"({"memory_cards": {"slots": [{"type": "sle4428", "tries": 9}]}})", ".tries: at most 8"},
+        {R"({"memory_cards": {"slots": [{"type": "at88sc102", "tries": 5}]}})", ".tries: at most 4"},
+        {R"({"memory_cards": {"slots": [{"type": "at24c01a", "writes": [{"at": 127, "data": "AB"}]}]}})",
+         ".writes: beyond the 128 bytes"},
+        {R"({"memory_cards": {"slots": [{"type": "sle4442", "protected": [32]}]}})", ".protected: positions 0 to 31"},
+        {R"({"memory_cards": {"slots": [{"type": "at88sc102", "erase_keys": ["12345", "123456"]}]}})",
+         ".erase_keys: 6 bytes each"},
+        {R"({"memory_cards": {"slots": [{"type": "at88sc1604", "answer": "A"}]}})", ".answer: 2 to 8 bytes"},
+        {R"({"memory_cards": {"slots": [{"type": "sle4442", "colour": "red"}]}})", "colour"},
     };
     for (const Bad& bad : cases) {
         try {
