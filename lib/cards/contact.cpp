@@ -49,7 +49,8 @@ int exchange_contact(int icdev, unsigned slot, std::span<const std::uint8_t> com
         int length = 0;
         const int result = link::dev_transact(
             icdev, link::Payload{*card_class, instruction_exchange, 0x00}.add(apdu).bytes(), length, area);
-        if (result != 0 || length < 2) return result;
+        if (result != 0) return result;
+        if (length < 2) return link::status_reply_too_short;  // no status word
 
         const std::span reply = std::span(area).first(static_cast<std::size_t>(length));
         const std::uint8_t sw1 = reply[reply.size() - 2];
