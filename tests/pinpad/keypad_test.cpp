@@ -173,16 +173,5 @@ TEST_F(Keypad, ProtectedReplyOfNineBytesDecryptsTheNinthWithZerosBehindIt) {
     EXPECT_EQ(Bytes(rdata.begin() + 8, rdata.begin() + 16), Bytes(second.begin(), second.end()));
 }
 
-TEST(KeypadKeyTable, LibraryAndTerminalBuildTheSameTableOfLetters) {
-    const pinpad::KeypadKeyTable library;
-    const auto terminal = sim::keypad_key_table();
-    for (std::size_t row = 0; row < pinpad::keypad_table_rows; ++row) {
-        const auto bytes = library.row(row);
-        EXPECT_TRUE(std::ranges::equal(bytes, terminal.at(row))) << "row " << row;
-        EXPECT_TRUE(std::ranges::all_of(bytes, [](std::uint8_t b) { return b >= 'A' && b <= 'Z'; }));
-    }
-    EXPECT_FALSE(std::ranges::equal(library.row(0), library.row(1)));
-}
-
 }  // namespace
 }  // namespace qz::test
