@@ -189,16 +189,6 @@ TEST_F(Contact, ExchangeFollowsTheCard) {
     }
 }
 
-TEST_F(Contact, ExchangeAddressesEachSlot) {
-    for (unsigned char slot = 0; slot < 5; ++slot) {
-        os.requests.clear();
-        answer({{0x90, 0x00}});
-        Bytes response;
-        ASSERT_EQ(exchanges[0].call(icdev, slot, read_binary, response), 0);
-        EXPECT_EQ(payloads(), (std::vector<Bytes>{concat({{slot_classes[slot], 0x31, 0x00}, read_binary})}));
-    }
-}
-
 TEST_F(Contact, FollowingStopsAfterSixtyFourRounds) {
     for (const Exchange& e : exchanges) {
         for (const Bytes& endless : {Bytes{0x61, 0x01}, Bytes{0x6C, 0x01}}) {

@@ -34,27 +34,23 @@ TEST_F(ExchangeProTest, OneExchangeWithTheApduBehindC13100) {
     EXPECT_EQ(Bytes(response.begin(), response.begin() + 4), (Bytes{0x6F, 0x01, 0x61, 0x10}));
 }
 
-TEST_F(ExchangeProTest, LogsLabelsAndHexOfTheTrafficInGbk) {
+// The traffic is logged in GBK labels and hex; a failure logs an empty reply and
+// leaves the response empty.
+TEST_F(ExchangeProTest, LogsTheTrafficAndFailureLeavesTheResponseEmpty) {
     fs::create_directory(root);
     answer({{0x90, 0x00}});
-    ASSERT_EQ(ExchangePro(icdev, select_apdu.data(), 7, response.data(), &response_length), 0);
-    const std::string h = std::to_string(icdev);
-    EXPECT_EQ(log_text(), record("ExchangePro(icdev == " + h + ")") + record("\xB7\xA2\xCB\xCD:") +
-                              record("00A40400023F00") + record("\xBD\xD3\xCA\xD5:") + record("9000") +
-                              record("ExchangePro(return == 0)"));
-}
-
-TEST_F(ExchangeProTest, FailureLogsAnEmptyReplyAndLeavesTheResponseEmpty) {
-    fs::create_directory(root);
     replies.push_back(make_reply(0x6A82, {0x90, 0x00}));
+    ASSERT_EQ(ExchangePro(icdev, select_apdu.data(), 7, response.data(), &response_length), 0);
     response.fill(0x55);
     EXPECT_EQ(ExchangePro(icdev, select_apdu.data(), 7, response.data(), &response_length), -27266);
     EXPECT_EQ(response_length, 0);
     EXPECT_EQ(response[0], 0x55);
-    const std::string h = std::to_string(icdev);
-    EXPECT_EQ(log_text(), record("ExchangePro(icdev == " + h + ")") + record("\xB7\xA2\xCB\xCD:") +
-                              record("00A40400023F00") + record("\xBD\xD3\xCA\xD5:") + record("") +
-                              record("ExchangePro(return == -27266)"));
+    const auto exchange = [this](const std::string& reply, const std::string& result) {
+        return record("ExchangePro(icdev == " + std::to_string(icdev) + ")") + record("\xB7\xA2\xCB\xCD:") +
+               record("00A40400023F00") + record("\xBD\xD3\xCA\xD5:") + record(reply) +
+               record("ExchangePro(return == " + result + ")");
+    };
+    EXPECT_EQ(log_text(), exchange("9000", "0") + exchange("", "-27266"));
 }
 
 TEST_F(ExchangeProTest, ZeroLengthIsRefusedAfterTheFirstRecord) {

@@ -1,6 +1,5 @@
 // The library's contactless memory card exports against the simulated chips:
-// keys that are refused, access bits, value arithmetic, locks and passwords that
-// hold across a power cycle of the card.
+// keys that are refused, access bits and value arithmetic.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -80,40 +79,6 @@ TEST(FieldSession, ValueBlockArithmeticAndItsRights) {
     ASSERT_EQ(rf_readval(d, 4, &value), 0);
     EXPECT_EQ(value, 0u);
     EXPECT_EQ(rf_transfer(d, 4), refused);  // nothing left to transfer
-}
-
-TEST(FieldSession, UltralightLocksAndOtpBitsHoldAcrossAPowerCycle) {
-    SimulatedTerminal sim(shipped_scenario("ultralight_card.json"));
-    const int d = sim.icdev;
-    std::array<unsigned char, 7> uid{};
-    ASSERT_EQ(MF_OpenCard(d, 0, uid.data()), 0);
-    EXPECT_EQ(Bytes(uid.begin(), uid.end()), (Bytes{0x04, 0x51, 0x5A, 0x33, 0x32, 0x80, 0x01}));
-
-    const Bytes before{1, 2, 3, 4};
-    const Bytes after{5, 6, 7, 8};
-    ASSERT_EQ(MF_Write_4bytes(d, 9, before.data()), 0);
-    ASSERT_EQ(MF_WriteLock(d, 9), 0);
-    ASSERT_EQ(MF_WriteLock(d, 3), 0);
-    const Bytes low{0x0F, 0x00, 0x00, 0x01};
-    EXPECT_EQ(MF_WriteOTp(d, low.data()), refused);  // page 3 is locked now
-
-    ASSERT_EQ(rf_reset(d), 0);
-    ASSERT_EQ(MF_OpenCard(d, 0, uid.data()), 0);
-    std::array<unsigned char, 4> page{};
-    EXPECT_EQ(MF_Write_4bytes(d, 9, after.data()), refused);
-    ASSERT_EQ(MF_Read(d, 9, page.data()), 0);
-    EXPECT_EQ(Bytes(page.begin(), page.end()), before);
-    ASSERT_EQ(MF_Read(d, 2, page.data()), 0);
-    EXPECT_EQ(page[2], 0x08);  // page 3's bit
-    EXPECT_EQ(page[3], 0x02);  // page 9's bit
-
-    const Bytes key(std::begin("QZ32 ULTRA KEY!!"), std::end("QZ32 ULTRA KEY!!") - 1);
-    EXPECT_EQ(MF_Write_4bytes(d, 32, after.data()), needs_key);
-    EXPECT_EQ(MF_Authentication(d, before.data(), 4), wrong_key);
-    ASSERT_EQ(MF_Authentication(d, key.data(), 16), 0);
-    EXPECT_EQ(MF_Write_4bytes(d, 32, after.data()), 0);
-    ASSERT_EQ(MF_Read(d, 44, page.data()), 0);
-    EXPECT_EQ(page, (std::array<unsigned char, 4>{}));  // the key never reads back
 }
 
 }  // namespace

@@ -90,15 +90,5 @@ TEST_F(Qzctl, ExitCodesOfFailuresBeforeAnyCommand) {
     }
 }
 
-TEST_F(Qzctl, LogTellsWhetherItIsOn) {
-    const fs::path root = folder.path() / "QZlog";
-    fs::create_directory(root);
-    const auto run = qzctl({"--json", "log"}, {{"QZ_32_LOG_ROOT", root.string()}});
-    ASSERT_EQ(run.exit_code, 0) << run.err;
-    const auto status = nlohmann::json::parse(run.out);
-    EXPECT_EQ(status["folder"], root.string());
-    EXPECT_EQ(status["enabled"], "on");
-}
-
 }  // namespace
 }  // namespace qz::test

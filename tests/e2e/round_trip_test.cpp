@@ -60,17 +60,6 @@ TEST_P(RoundTrip, EepromWritesKeepTheirNeighbours) {
     }
 }
 
-TEST_P(RoundTrip, EepromKeepsItsContentsAcrossOpens) {
-    std::vector<unsigned char> data(200);
-    for (unsigned i = 0; i < data.size(); ++i) data[i] = static_cast<unsigned char>(i * 7 + 1);
-    ASSERT_EQ(dev_writeeeprom(handle(), 200, 200, data.data()), 0);
-    EXPECT_EQ(device->close(), 0);
-
-    device = std::make_unique<Device>();
-    ASSERT_GT(handle(), 1);
-    EXPECT_EQ(read_eeprom(200, 200), data);
-}
-
 INSTANTIATE_TEST_SUITE_P(Links, RoundTrip, ::testing::Values(Link::hid, Link::serial),
                          [](const auto& info) { return link_name(info.param); });
 

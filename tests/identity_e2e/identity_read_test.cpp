@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "qz_32.h"
-#include "sim/models/identity/identity_model.h"
 #include "support/gbk.h"
 #include "support/simulated_terminal.h"
 #include "support/temp_dir.h"
@@ -23,9 +22,8 @@ namespace fs = std::filesystem;
 using Bytes = std::vector<std::uint8_t>;
 using nlohmann::json;
 
-constexpr int module_failed = -50;
 // What the host gives room for.
-constexpr std::size_t base_info_size = 3096, finger_info_size = 2060, raw_reply_size = 3096;
+constexpr std::size_t base_info_size = 3096, finger_info_size = 2060;
 
 const fs::path scenario_folder = QZ_32_SIM_SCENARIO_DIR;
 const std::string ordinary_text = gbk(
@@ -41,9 +39,6 @@ Bytes file_bytes(const fs::path& path) {
     return Bytes(text.begin(), text.end());
 }
 
-// The identity module of the default scenario, without the other devices.
-json default_identity() { return {{"identity", shipped_scenario().at("identity")}}; }
-
 // The library on a simulated terminal of the scenario `document`, on one link.
 class IdentityEndToEnd : public ::testing::Test {
 protected:
@@ -53,7 +48,6 @@ protected:
         ASSERT_GT(icdev, 1);
     }
 
-    sim::IdentityModel& module() { return connection->model<sim::IdentityModel>(); }
 
     // IDReadCard into fresh buffers; the outputs stay "untouched" when not written.
     struct Read {
@@ -113,35 +107,6 @@ INSTANTIATE_TEST_SUITE_P(CardsAndLinks, ReadEveryWay,
                              return std::string(std::get<0>(info.param) == &ordinary_card ? "ordinary" : "foreigner") +
                                     (std::get<1>(info.param) == Link::hid ? "_hid" : "_serial");
                          });
-
-TEST_F(IdentityEndToEnd, ModuleStatusesGiveTheModulesFailure) {
-    ASSERT_NO_FATAL_FAILURE(connect(default_identity()));
-    const sim::ModuleStatus failures[] = {
-        {0x00, 0x00, 0x80}, {0x00, 0x00, 0x41}, {0x01, 0x00, 0x90}, {0x12, 0x34, 0x81},
-    };
-    for (const auto& status : failures) {
-        module().set_status(status);
-        for (int mode : {0, 1}) {
-            const Read result = read(mode, (dir.path() / "p.bmp").c_str());
-            EXPECT_EQ(result.result, module_failed) << int{status[0]} << " " << int{status[2]};
-            EXPECT_EQ(result.base, "untouched");
-            EXPECT_EQ(result.finger, "untouched");
-
-            int length = -7;
-            std::vector<unsigned char> raw(raw_reply_size, 0xEE);
-            EXPECT_EQ(IDCardBaseMsg(icdev, mode, &length, raw.data()), module_failed);
-            EXPECT_EQ(length, -7);
-            EXPECT_EQ(raw[0], 0xEE);
-        }
-    }
-    EXPECT_FALSE(fs::exists(dir.path() / "p.bmp"));
-
-    module().set_status(sim::module_ok);
-    module().present(std::nullopt);
-    EXPECT_EQ(read(0).result, module_failed) << "no card on the module";
-    module().present("ordinary");
-    EXPECT_EQ(read(0).result, 0);
-}
 
 }  // namespace
 }  // namespace qz::test

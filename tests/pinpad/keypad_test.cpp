@@ -156,9 +156,8 @@ TEST_F(Keypad, ProtectedReplyLengthDecidesOneOrTwoBlocks) {
     ASSERT_EQ(dev_pwdkb_getpwd_encrypt(icdev, 1, &rlen, rdata.data()), 0);
     EXPECT_EQ(rlen, 16) << "the rest of a longer reply is ignored";
     EXPECT_EQ(Bytes(rdata.begin(), rdata.begin() + 16), sixteen);
-}
 
-TEST_F(Keypad, ProtectedReplyOfNineBytesDecryptsTheNinthWithZerosBehindIt) {
+    // Nine bytes: the ninth is deciphered with zeros behind it.
     os.respond = [this](const Bytes& frame) {
         session_key = recover_session_key(payload_of(frame));
         Bytes reply(8, 0x00);

@@ -8,7 +8,6 @@
 #include <array>
 #include <cstdint>
 #include <random>
-#include <thread>
 #include <vector>
 
 #include "qz_32.h"
@@ -232,31 +231,6 @@ TEST(DesBuffer, OverlappingInputAndOutputGiveTheSeparateResult) {
                 {buffer.data() + out_at, expected.size()});
         EXPECT_TRUE(std::equal(expected.begin(), expected.end(), buffer.begin() + out_at));
     }
-}
-
-TEST(DesBuffer, ParallelCallsGiveTheSingleThreadedResults) {
-    constexpr std::size_t threads = 4, length = 64 * 1024 + 5;
-    std::mt19937 rng(12);
-    std::vector<Block> keys;
-    std::vector<Bytes> inputs, expected;
-    for (std::size_t t = 0; t < threads; ++t) {
-        keys.push_back(random_block(rng));
-        inputs.push_back(random_bytes(rng, length));
-        expected.push_back(ecb(keys[t], DesDirection::encrypt, inputs[t]));
-    }
-    std::vector<int> mismatches(threads, 0);
-    {
-        std::vector<std::jthread> workers;
-        for (std::size_t t = 0; t < threads; ++t)
-            workers.emplace_back([&, t] {
-                Bytes cipher(qz::reader::des_padded_length(length));
-                for (int round = 0; round < 20; ++round) {
-                    rf_encrypt(keys[t].data(), inputs[t].data(), length, cipher.data());
-                    if (cipher != expected[t]) ++mismatches[t];
-                }
-            });
-    }
-    EXPECT_EQ(mismatches, std::vector<int>(threads, 0));
 }
 
 }  // namespace

@@ -3,8 +3,6 @@
 
 #include "image_files.h"
 #include "screen/font_component.h"
-#include "screen/lcd_fonts.h"
-#include "sim/models/lcd/lcd_model.h"
 #include "screen/screen_commands.h"
 #include "simulated_screen.h"
 #include "support/temp_dir.h"
@@ -67,28 +65,6 @@ TEST_F(SimulatedScreen, PicturesAndMonochromeLandWhereTheyShould) {
     EXPECT_EQ(pixel(0, 1), 0x0000);
     EXPECT_EQ(pixel(1, 1), 0xFFFF);
     EXPECT_EQ(pixel(3, 0), 0xF800);
-}
-
-TEST_F(SimulatedScreen, LcdCellsShowTheTableGlyphs) {
-    auto& lcd = sim.model<sim::LcdModel>();
-    const unsigned char text[] = "A\xB0\xA1";
-    ASSERT_EQ(lcd_display_string(icdev, 2, 3, 3, text), 0);
-    ASSERT_EQ(lcd_display_new(icdev, 0, 0, 3, text), 0);
-    // Each glyph row of the tables, at its cell on line 2 and again on line 0.
-    for (const int line : {2, 0}) {
-        const int left = line == 2 ? 24 : 0;
-        for (int y = 0; y < 16; ++y)
-            for (int x = 0; x < 24; ++x) {
-                const bool ink = x < 8 ? (screen::lcd_font_8x16['A' * 16 + y] >> (7 - x)) & 1
-                                       : (screen::lcd_font_16x16[15 * 94 * 32 + y * 2 + (x - 8) / 8] >> (7 - x % 8)) & 1;
-                ASSERT_EQ(lcd.lit(left + x, line * 16 + y), ink) << line << " " << x << " " << y;
-            }
-    }
-    EXPECT_FALSE(lcd.lit(48, 32));
-    ASSERT_EQ(adjusts_Brightness(icdev, 1), 0);
-    EXPECT_EQ(lcd.brightness(), 1);
-    ASSERT_EQ(lcd_clear(icdev), 0);
-    EXPECT_EQ(lcd.as_text().find('#'), std::string::npos);
 }
 
 }  // namespace
