@@ -122,25 +122,22 @@ TEST_F(BankWalk, ContactReadUsesTheSlotsClass) {
     EXPECT_TRUE(os.requests.empty());
 }
 
-TEST_F(BankWalk, ContactCardStopsWhereTheSecondValueAppears) {
-    load_card(contact);
-    card.records[{2, 1}] = record({pan_item(pan_bcd)});
-    card.records[{2, 2}] = record({tlv({0x9F, 0x0B}, bytes_of("EXTENDED")), name_item(holder)});
-    card.records[{2, 3}] = record({name_item("NOT READ")});
-    card.processing_options = gpo_reply({0x10, 0x01, 0x03, 0x00});
-    Outputs out;
-    ASSERT_EQ(read(contact, out), 0);
-    EXPECT_EQ(out.name_text(), holder);  // 9F0B is no name on this path
-    EXPECT_EQ(out.pan_text(), pan_digits);
-    EXPECT_EQ(card.apdus, full_walk(contact, 2));
-}
-
-TEST_F(BankWalk, ContactlessPrefersTheExtendedName) {
-    load_card(contactless);
-    card.records[{2, 1}] = record({tlv({0x9F, 0x0B}, bytes_of("EXTENDED NAME")), name_item(holder)});
-    Outputs out;
-    ASSERT_EQ(read(contactless, out), 0);
-    EXPECT_EQ(out.name_text(), "EXTENDED NAME");
+// The extended name 9F0B counts only without contact; the walk stops where the
+// second value appears.
+TEST_F(BankWalk, ExtendedNameAndWhereTheWalkStops) {
+    for (const Path& path : paths) {
+        card = {};
+        load_card(path);
+        card.records[{2, 1}] = record({tlv({0x9F, 0x0B}, bytes_of("EXTENDED NAME")), name_item(holder)});
+        card.records[{2, 2}] = record({pan_item(pan_bcd)});
+        card.records[{2, 3}] = record({name_item("NOT READ")});
+        card.processing_options = gpo_reply({0x10, 0x01, 0x03, 0x00});
+        Outputs out;
+        ASSERT_EQ(read(path, out), 0) << path.name;
+        EXPECT_EQ(out.name_text(), path.contactless ? "EXTENDED NAME" : holder) << path.name;
+        EXPECT_EQ(out.pan_text(), pan_digits) << path.name;
+        EXPECT_EQ(card.apdus, full_walk(path, 2)) << path.name;
+    }
 }
 
 TEST_F(BankWalk, ContactlessTakesTrack2FromTheProcessingOptions) {

@@ -51,14 +51,11 @@ TEST(CardText, OnlyACapitalIMakesAForeignCard) {
     }
 }
 
-TEST(CardText, BarsInFieldsAreNotEscaped) {
+TEST(CardText, BarsInFieldsAreNotEscapedAndAZeroBlockGivesEmptyFields) {
     // Unset fields are blanks: the ordinary dates and the number keep theirs.
     const TextBlock block = text_block({{0, 30, u"A|B"}, {52, 70, u"|"}});
     const std::string date(8, ' '), number(18, ' ');
     EXPECT_EQ(identity::card_text(block), "0|A|B| | |" + date + "|||" + number + "||" + date + "|" + date + "||");
-}
-
-TEST(CardText, ZeroBlockGivesEmptyFieldsAndBlankCodes) {
     EXPECT_EQ(identity::card_text(TextBlock{}), "0|| | ||||||||");
 }
 

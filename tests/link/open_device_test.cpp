@@ -116,16 +116,7 @@ TEST_F(OpenDevice, SilentSerialTerminalGivesZeroAndClosesThePort) {
     EXPECT_EQ(os.platform.serial_ports_asked().size(), 1u);
 }
 
-TEST_F(OpenDevice, CloseDevice) {
-    add_terminal_hid();
-    const int handle = open_device(0, 9600);
-    EXPECT_EQ(close_device(handle), 0);
-    EXPECT_EQ(close_device(handle), -1);  // the platform no longer knows it
-    EXPECT_EQ(close_device(0), -1);
-    EXPECT_EQ(close_device(-1), -1);
-}
-
-TEST_F(OpenDevice, GetVersion) {
+TEST_F(OpenDevice, GetVersionAndCloseDevice) {
     add_terminal_hid();
     const int handle = open_device(0, 9600);
     link::set_link_timeouts(1234, 7);
@@ -145,6 +136,11 @@ TEST_F(OpenDevice, GetVersion) {
     EXPECT_LT(os.platform.tick_ms() - start, 200u);  // a read waits 100 ms here
     EXPECT_EQ(link::link_state().read_ms, 5000u);
     EXPECT_EQ(get_version(handle, nullptr, version), -19);
+
+    EXPECT_EQ(close_device(handle), 0);
+    EXPECT_EQ(close_device(handle), -1);  // the platform no longer knows it
+    EXPECT_EQ(close_device(0), -1);
+    EXPECT_EQ(close_device(-1), -1);
 }
 
 }  // namespace
