@@ -33,12 +33,6 @@ Bytes png() {
     return out;
 }
 
-Bytes bmp() {
-    Bytes out;
-    stbi_write_bmp_to_func(append, &out, width, height, 3, pixels.data());
-    return out;
-}
-
 std::uint32_t le(const Bytes& bytes, std::size_t at, int size) {
     std::uint32_t value = 0;
     for (int i = size; i-- > 0;) value = value << 8 | bytes.at(at + static_cast<std::size_t>(i));
@@ -89,15 +83,12 @@ protected:
     TempDir dir;
 };
 
-TEST_F(GetInfoComponent, LosslessImagesBecomeTheSamePixels) {
-    for (const Bytes& image : {png(), bmp()}) {
-        fs::remove(dir.path() / "sfz.bmp");
-        ASSERT_EQ(decode(image), 1);
-        const Picture picture = parse_bmp24(file_text(dir.path() / "sfz.bmp"));
-        EXPECT_EQ(picture.width, width);
-        EXPECT_EQ(picture.height, height);
-        EXPECT_EQ(picture.rgb, pixels);
-    }
+TEST_F(GetInfoComponent, LosslessImageBecomesTheSamePixels) {
+    ASSERT_EQ(decode(png()), 1);
+    const Picture picture = parse_bmp24(file_text(dir.path() / "sfz.bmp"));
+    EXPECT_EQ(picture.width, width);
+    EXPECT_EQ(picture.height, height);
+    EXPECT_EQ(picture.rgb, pixels);
 }
 
 TEST_F(GetInfoComponent, RefusalsWriteNoBmp) {

@@ -98,21 +98,6 @@ TEST(DecodeWltFile, ComponentSearch) {
     EXPECT_EQ(identity::DecodeWltFile(wlt, "GetBmpOnPath.dll"), -1) << "found by name first";
 }
 
-TEST(Module, NamesFoldersAndSymbols) {
-    EXPECT_EQ(platform::module_file_name("GetInfo.dll"), "libGetInfo.so");
-    EXPECT_EQ(platform::module_file_name("GetInfo.DLL"), "libGetInfo.so");
-    EXPECT_EQ(platform::module_file_name("GetInfo"), "libGetInfo.so");
-    EXPECT_EQ(platform::own_module_folder(), fs::canonical("/proc/self/exe").parent_path());
-
-    EXPECT_FALSE(platform::Module::load(scripted)) << "not on the search path";
-    const auto loaded = platform::Module::load_from(platform::own_module_folder(), scripted);
-    ASSERT_TRUE(loaded);
-    EXPECT_NE(loaded.symbol("GetBmp"), nullptr);
-    EXPECT_EQ(loaded.symbol("NoSuchEntry"), nullptr);
-    EXPECT_EQ(platform::Module::load("NoSuchPhotoComponent.dll").symbol("GetBmp"), nullptr);
-    EXPECT_FALSE(platform::Module::load_from("", scripted));
-}
-
 TEST(IDCardDecodeMsg, PhotoAndFingerComeFromTheirPartsOfTheReply) {
     TempDir dir;
     const std::string photo = (dir.path() / "out" / "photo.bmp").string();

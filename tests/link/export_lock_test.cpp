@@ -34,15 +34,12 @@ TEST(ExportLock, HeldDuringEveryExchangeOfEachFamily) {
         std::function<int()> call;
     } exports[] = {
         {"get_version", [&] { return get_version(icdev, &length, out.data()); }},
-        {"dev_readeeprom", [&] { return dev_readeeprom(icdev, 0, 16, out.data()); }},
         {"dev_writeeeprom", [&] { return dev_writeeeprom(icdev, 1, 2, out.data()); }},
-        {"dev_beep", [&] { return dev_beep(icdev, 1, 1, 1); }},
         {"ICC_CommandExchange",
          [&] { return ICC_CommandExchange(icdev, 0, apdu, sizeof apdu, out.data(), &wide_length); }},
         {"ExchangePro", [&] { return ExchangePro(icdev, apdu, sizeof apdu, out.data(), &wide_length); }},
         {"dev_cardstate", [&] { return dev_cardstate(icdev, out.data()); }},
         {"OpenCard_hex", [&] { return OpenCard_hex(icdev, 0, text.data(), text.data() + 512, &length); }},
-        {"Open_Card", [&] { return Open_Card(icdev, 0, out.data()); }},
         {"NC_GetPanNoCardHldName",
          [&] { return NC_GetPanNoCardHldName(icdev, out.data(), &wide_length, out.data() + 512, &wide_length); }},
         {"IDCardBaseMsg", [&] { return IDCardBaseMsg(icdev, 0, &int_length, out.data()); }},

@@ -107,9 +107,8 @@ TEST_F(LogCleaning, KeepsTodayAndYesterdayByNumber) {
     EXPECT_FALSE(present("abc"));  // reads as 0
     EXPECT_FALSE(present("7"));
     EXPECT_TRUE(present("20200101.txt"));
-}
 
-TEST_F(LogCleaning, FirstOfTheMonthKeepsOnlyToday) {
+    // On the first of a month only today stays.
     os.platform.set_local_time({2026, 12, 1, 8, 0, 0, 0});
     folder("20261201");
     folder("20261130");

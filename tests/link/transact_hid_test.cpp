@@ -203,14 +203,11 @@ TEST_F(HidTransact, ReportLengthAboveTheBufferIsClamped) {
     EXPECT_EQ(written().back().size(), 300u);
 }
 
-TEST_F(HidTransact, RefusedReportAndUnknownHandle) {
+TEST_F(HidTransact, RefusedReportUnknownHandleAndNoLinkKind) {
     EXPECT_EQ(link::dev_transact(handle + 100, Bytes{0x00}, length, reply), -1);
     EXPECT_EQ(link::hid_write_report(0, Bytes{0x00}), -18);
     EXPECT_EQ(link::hid_read_report(0, reply), -18);
-}
-
-TEST_F(HidTransact, NoLinkKindTakesTheSerialPath) {
-    link::link_state().kind = link::LinkKind::none;
+    link::link_state().kind = link::LinkKind::none;  // takes the serial path
     EXPECT_EQ(link::dev_transact(4242, Bytes{0x00, 0x01, 0x00}, length, reply), -24);
 }
 

@@ -42,7 +42,7 @@ TEST_F(PadKeys, TimeoutOfSixSecondsAndMoreOpensTheFirstGateAndSetsTheWait) {
     EXPECT_EQ(pad_state().pwdkb_link_timeout, 256000u);
 }
 
-TEST_F(PadKeys, RefusedTimeoutLeavesGateAndWaitAsTheyWere) {
+TEST_F(PadKeys, RefusedSettingsLeaveGatesAndWaitAsTheyWere) {
     os.respond = [](const Bytes&) { return make_reply(0x6700); };
     EXPECT_EQ(pwdkb_settimeout(icdev, 30), -0x6700);
     EXPECT_FALSE(pad_state().pwdkb_timeout_set);
