@@ -13,9 +13,9 @@ namespace {
 using qz::link::Payload;
 using qz::link::status_bad_argument;
 
-constexpr std::uint8_t scanner_class = 0xC6;
+using qz::firmware::scanner_class;
 constexpr std::uint8_t read_code = 0x01;
-constexpr std::uint8_t read_continuously = 0x02;
+constexpr std::uint8_t read_continuously = qz::firmware::scanner_read_continuously;
 constexpr std::uint8_t choose_output = 0x04;
 constexpr unsigned char shortest_wait = 2;
 constexpr unsigned char longest_wait = 10;

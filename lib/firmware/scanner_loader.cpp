@@ -10,12 +10,6 @@
 namespace qz::firmware {
 namespace {
 
-constexpr std::uint8_t pass_class = 0xC5;
-constexpr std::uint8_t pass_instruction = 0x0F;
-constexpr std::uint8_t esc = 0x1B;
-constexpr std::uint8_t scanner_mark = 'H';
-constexpr std::uint8_t version_order = 0x51;
-constexpr std::uint8_t loader_order = 0x60;
 constexpr std::uint8_t package_parameter = 0x02;
 constexpr std::uint8_t yes = '$';
 

@@ -8,6 +8,22 @@
 
 namespace qz::firmware {
 
+// The head of a message to the scanner through the terminal, and the scanner's
+// orders behind it.
+inline constexpr std::uint8_t pass_class = 0xC5;
+inline constexpr std::uint8_t pass_instruction = 0x0F;
+inline constexpr std::uint8_t esc = 0x1B;
+inline constexpr std::uint8_t scanner_mark = 'H';
+inline constexpr std::uint8_t read_order = 'P';
+inline constexpr std::uint8_t version_order = 'Q';
+inline constexpr std::uint8_t loader_order = 0x60;
+
+// The scanner's own class on the terminal: continuous reading (polled) and
+// reading switched on or off.
+inline constexpr std::uint8_t scanner_class = 0xC6;
+inline constexpr std::uint8_t scanner_read_continuously = 0x02;
+inline constexpr std::uint8_t scanner_reading = 0x03;
+
 // Firmware bytes in one package of the loader; the last package is padded with zeros.
 inline constexpr std::size_t scanner_package_size = 256;
 inline constexpr std::uint32_t wait_after_switch_ms = 1500;

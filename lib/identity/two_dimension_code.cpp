@@ -26,11 +26,18 @@ constexpr int wrong_acknowledgement = -1;
 // The scanner's acknowledgement at the head of its first good reply.
 constexpr std::array<std::uint8_t, 7> acknowledgement{0x02, 0x00, 0x00, 0x01, 0x00, 0x33, 0x31};
 
-const Payload start_frame{0xC6, 0x02, 0x00, 0x00, 0x7E, 0x00, 0x08, 0x01, 0x00, 0x02, 0x01, 0x02, 0xDA};
-const Payload begin_reading{0xC6, 0x03, 0x00, 0x01};
-const Payload poll{0xC6, 0x02, 0x00, 0x01};
-const Payload end_reading{0xC6, 0x03, 0x00, 0x00};
-const Payload stop_frame{0xC6, 0x02, 0x00, 0x00, 0x7E, 0x00, 0x08, 0x01, 0x00, 0x02, 0x00, 0x12, 0xFB};
+using firmware::scanner_class;
+using firmware::scanner_read_continuously;
+using firmware::scanner_reading;
+
+// The scanner's own frames that switch its reading mode on and off.
+const Payload start_frame{scanner_class, scanner_read_continuously, 0x00, 0x00, 0x7E, 0x00, 0x08,
+                          0x01,          0x00,                      0x02, 0x01, 0x02, 0xDA};
+const Payload begin_reading{scanner_class, scanner_reading, 0x00, 0x01};
+const Payload poll{scanner_class, scanner_read_continuously, 0x00, 0x01};
+const Payload end_reading{scanner_class, scanner_reading, 0x00, 0x00};
+const Payload stop_frame{scanner_class, scanner_read_continuously, 0x00, 0x00, 0x7E, 0x00, 0x08,
+                         0x01,          0x00,                      0x02, 0x00, 0x12, 0xFB};
 
 using PollReply = link::Reply<code_capacity>;
 
@@ -48,7 +55,10 @@ int read_direct(int icdev, int seconds, char* text) {
         const link::TimeoutsForCommand timeouts(
             static_cast<std::uint32_t>(std::min<std::uint64_t>(wait_ms, std::numeric_limits<std::uint32_t>::max())), 0);
         const auto tenths = static_cast<std::uint8_t>(seconds * 10);
-        result = link::transact(icdev, Payload{0xC5, 0x0F, tenths, 0x1B, 0x48, 0x50}, reply);
+        result = link::transact(
+            icdev, Payload{firmware::pass_class, firmware::pass_instruction, tenths, firmware::esc, firmware::scanner_mark,
+                           firmware::read_order},
+            reply);
     }
     if (result == 0 && reply.data().size() > 2) std::copy(reply.data().begin() + 1, reply.data().end() - 1, text);
     return result;
