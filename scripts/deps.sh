@@ -8,6 +8,7 @@ packages=(
   nlohmann-json3-dev libcli11-dev libfuse3-dev fuse3 libstb-dev
   libfreetype-dev fonts-wqy-zenhei xfonts-unifont
   python3-venv python3-setuptools python3-wheel python3-pytest mypy
+  g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix googletest wine64
 )
 
 missing=()

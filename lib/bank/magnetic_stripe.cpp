@@ -16,7 +16,7 @@ constexpr std::size_t track_count = 3;
 
 }  // namespace
 
-QZ_32_API int setmagic_mode(int icdev, unsigned char mode) {
+QZ_32_API int QZ_32_CALL setmagic_mode(int icdev, unsigned char mode) {
     const qz::link::ExportLock lock;
     if (mode > 1) return qz::link::status_bad_argument;
     qz::link::Reply<512> reply;
@@ -24,7 +24,7 @@ QZ_32_API int setmagic_mode(int icdev, unsigned char mode) {
 }
 
 // Reply data: the three track lengths, then the tracks one after the other.
-QZ_32_API int readmagic_data(int icdev, unsigned char* track1_length, unsigned char* track1,
+QZ_32_API int QZ_32_CALL readmagic_data(int icdev, unsigned char* track1_length, unsigned char* track1,
                              unsigned char* track2_length, unsigned char* track2, unsigned char* track3_length,
                              unsigned char* track3) {
     const qz::link::ExportLock lock;

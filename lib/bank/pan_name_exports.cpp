@@ -12,7 +12,7 @@ constexpr bool in_contact_slot(unsigned char state) { return state == 0 || state
 
 }  // namespace
 
-QZ_32_API int GetPanNoCardHldName(int icdev, unsigned char* sPan, unsigned short* nPanLen,
+QZ_32_API int QZ_32_CALL GetPanNoCardHldName(int icdev, unsigned char* sPan, unsigned short* nPanLen,
                                   unsigned char* sCardHldName, unsigned short* nCardHldNameLen) {
     const qz::link::ExportLock lock;
     if (sPan == nullptr || nPanLen == nullptr || sCardHldName == nullptr || nCardHldNameLen == nullptr)
@@ -23,14 +23,14 @@ QZ_32_API int GetPanNoCardHldName(int icdev, unsigned char* sPan, unsigned short
     return NC_GetPanNoCardHldName(icdev, sPan, nPanLen, sCardHldName, nCardHldNameLen);
 }
 
-QZ_32_API int NC_GetPanNoCardHldName(int icdev, unsigned char* sPan, unsigned short* nPanLen,
+QZ_32_API int QZ_32_CALL NC_GetPanNoCardHldName(int icdev, unsigned char* sPan, unsigned short* nPanLen,
                                      unsigned char* sCardHldName, unsigned short* nCardHldNameLen) {
     const qz::link::ExportLock lock;
     qz::bank::ContactlessPath path(icdev);
     return qz::bank::read_pan_and_name(path, {sPan, nPanLen, sCardHldName, nCardHldNameLen});
 }
 
-QZ_32_API int ICC_GetPanNoCardHldName(int icdev, unsigned char slot, unsigned char* sPan, unsigned short* nPanLen,
+QZ_32_API int QZ_32_CALL ICC_GetPanNoCardHldName(int icdev, unsigned char slot, unsigned char* sPan, unsigned short* nPanLen,
                                       unsigned char* sCardHldName, unsigned short* nCardHldNameLen) {
     const qz::link::ExportLock lock;
     qz::bank::ContactPath path(icdev, slot);

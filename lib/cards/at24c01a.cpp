@@ -29,12 +29,12 @@ int transfer(int icdev, const MemoryCommand& command, unsigned offset, unsigned 
 }  // namespace
 }  // namespace qz::cards::at24c01a
 
-QZ_32_API int at24c01a_read(int icdev, unsigned short offset, unsigned short length, unsigned char* out) {
+QZ_32_API int QZ_32_CALL at24c01a_read(int icdev, unsigned short offset, unsigned short length, unsigned char* out) {
     const qz::link::ExportLock lock;
     return qz::cards::at24c01a::transfer(icdev, qz::cards::at24c01a::read, offset, length, nullptr, out);
 }
 
-QZ_32_API int at24c01a_write(int icdev, unsigned short offset, unsigned short length, const unsigned char* data) {
+QZ_32_API int QZ_32_CALL at24c01a_write(int icdev, unsigned short offset, unsigned short length, const unsigned char* data) {
     const qz::link::ExportLock lock;
     return qz::cards::at24c01a::transfer(icdev, qz::cards::at24c01a::write, offset, length, data, nullptr);
 }

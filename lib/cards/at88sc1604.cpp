@@ -75,14 +75,14 @@ using at88sc1604::Access;
 using qz::cards::send_memory_command;
 using qz::link::status_bad_argument;
 
-QZ_32_API int srd_1604(int icdev, int zone, int offset, int length, unsigned char* out) {
+QZ_32_API int QZ_32_CALL srd_1604(int icdev, int zone, int offset, int length, unsigned char* out) {
     const qz::link::ExportLock lock;
     if (!at88sc1604::range_fits(zone, offset, length, Access::read)) return status_bad_argument;
     return send_memory_command(icdev, at88sc1604::read,
                                {.arguments = at88sc1604::arguments(std::nullopt, offset, length), .out = out});
 }
 
-QZ_32_API int swr_1604(int icdev, int zone, int offset, int length, const unsigned char* data) {
+QZ_32_API int QZ_32_CALL swr_1604(int icdev, int zone, int offset, int length, const unsigned char* data) {
     const qz::link::ExportLock lock;
     if (!at88sc1604::range_fits(zone, offset, length, Access::write)) return status_bad_argument;
     return send_memory_command(icdev, at88sc1604::write,
@@ -91,13 +91,13 @@ QZ_32_API int swr_1604(int icdev, int zone, int offset, int length, const unsign
                                 .data_length = static_cast<std::size_t>(length)});
 }
 
-QZ_32_API int ser_1604(int icdev, int zone, int offset, int length) {
+QZ_32_API int QZ_32_CALL ser_1604(int icdev, int zone, int offset, int length) {
     const qz::link::ExportLock lock;
     if (!at88sc1604::range_fits(zone, offset, length, Access::write)) return status_bad_argument;
     return at88sc1604::erase_range(icdev, zone, offset, length);
 }
 
-QZ_32_API int wsc_1604(int icdev, int zone, int length, const unsigned char* data) {
+QZ_32_API int QZ_32_CALL wsc_1604(int icdev, int zone, int length, const unsigned char* data) {
     const qz::link::ExportLock lock;
     const auto address = at88sc1604::code_address(zone);
     if (length != at88sc1604::code_length || !address || data == nullptr) return status_bad_argument;
@@ -106,7 +106,7 @@ QZ_32_API int wsc_1604(int icdev, int zone, int length, const unsigned char* dat
     return at88sc1604::code_command(icdev, at88sc1604::code_write, zone, address, data);
 }
 
-QZ_32_API int csc_1604(int icdev, int zone, int length, const unsigned char* data) {
+QZ_32_API int QZ_32_CALL csc_1604(int icdev, int zone, int length, const unsigned char* data) {
     const qz::link::ExportLock lock;
     if (length != at88sc1604::code_length || zone < 0 || zone >= static_cast<int>(at88sc1604::zones.size()) - 1)
         return status_bad_argument;
@@ -114,7 +114,7 @@ QZ_32_API int csc_1604(int icdev, int zone, int length, const unsigned char* dat
                                     at88sc1604::zones[static_cast<std::size_t>(zone)].code_at, data);
 }
 
-QZ_32_API int cesc_1604(int icdev, int zone, int length, const unsigned char* data) {
+QZ_32_API int QZ_32_CALL cesc_1604(int icdev, int zone, int length, const unsigned char* data) {
     const qz::link::ExportLock lock;
     if (length != at88sc1604::code_length || zone < 0 || zone >= static_cast<int>(at88sc1604::zones.size()))
         return status_bad_argument;
@@ -122,14 +122,14 @@ QZ_32_API int cesc_1604(int icdev, int zone, int length, const unsigned char* da
                                     at88sc1604::zones[static_cast<std::size_t>(zone)].erase_key_at, data);
 }
 
-QZ_32_API int fakefus_1604(int icdev, int value) {
+QZ_32_API int QZ_32_CALL fakefus_1604(int icdev, int value) {
     const qz::link::ExportLock lock;
     if (value != 0 && value != 1) return status_bad_argument;
     const std::array<std::uint8_t, 1> arguments{static_cast<std::uint8_t>(value)};
     return send_memory_command(icdev, at88sc1604::fake_fuse, {.arguments = arguments});
 }
 
-QZ_32_API int psnl_1604(int icdev) {
+QZ_32_API int QZ_32_CALL psnl_1604(int icdev) {
     const qz::link::ExportLock lock;
     return send_memory_command(icdev, at88sc1604::personalise, {});
 }

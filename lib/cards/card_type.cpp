@@ -74,24 +74,24 @@ int test_card_type(int icdev, const TypeTest& test, unsigned char* flag) {
 
 }  // namespace qz::cards
 
-QZ_32_API int contact_select(int icdev, unsigned char slot) {
+QZ_32_API int QZ_32_CALL contact_select(int icdev, unsigned char slot) {
     const qz::link::ExportLock lock;
     const std::array<std::uint8_t, 1> arguments{slot};
     return qz::cards::send_memory_command(icdev, {.instruction = qz::cards::select_instruction},
                                           {.arguments = arguments});
 }
 
-QZ_32_API int contact_verify(int icdev, unsigned char* type) {
+QZ_32_API int QZ_32_CALL contact_verify(int icdev, unsigned char* type) {
     const qz::link::ExportLock lock;
     return qz::cards::verify_card_type(icdev, type);
 }
 
-QZ_32_API int sle4442_is42(int icdev, unsigned char* flag) {
+QZ_32_API int QZ_32_CALL sle4442_is42(int icdev, unsigned char* flag) {
     const qz::link::ExportLock lock;
     return qz::cards::test_card_type(icdev, qz::cards::sle4442_test, flag);
 }
 
-QZ_32_API int sle4428_is28(int icdev, unsigned char* flag) {
+QZ_32_API int QZ_32_CALL sle4428_is28(int icdev, unsigned char* flag) {
     const qz::link::ExportLock lock;
     return qz::cards::test_card_type(icdev, qz::cards::sle4428_test, flag);
 }

@@ -13,36 +13,36 @@ using qz::cards::Form;
 using qz::link::status_bad_argument;
 namespace cards = qz::cards;
 
-QZ_32_API int ICC_PowerOn(int icdev, unsigned char slot, unsigned char* atr, unsigned char* atr_length) {
+QZ_32_API int QZ_32_CALL ICC_PowerOn(int icdev, unsigned char slot, unsigned char* atr, unsigned char* atr_length) {
     const qz::link::ExportLock lock;
     return cards::activate_contact(icdev, slot, cards::power_on_parameter, Form::bytes, atr, atr_length);
 }
 
-QZ_32_API int ICC_PowerOn_hex(int icdev, unsigned char slot, char* atr, unsigned char* atr_length) {
+QZ_32_API int QZ_32_CALL ICC_PowerOn_hex(int icdev, unsigned char slot, char* atr, unsigned char* atr_length) {
     const qz::link::ExportLock lock;
     return cards::activate_contact(icdev, slot, cards::power_on_parameter, Form::hex, atr, atr_length);
 }
 
-QZ_32_API int ICC_PowerOn_Baud(int icdev, unsigned char slot, unsigned char baud, unsigned char* atr,
+QZ_32_API int QZ_32_CALL ICC_PowerOn_Baud(int icdev, unsigned char slot, unsigned char baud, unsigned char* atr,
                                unsigned char* atr_length) {
     const qz::link::ExportLock lock;
     return cards::activate_contact(icdev, slot, cards::speed_parameter(baud, cards::power_on_parameter), Form::bytes,
                                    atr, atr_length);
 }
 
-QZ_32_API int ICC_Reset(int icdev, unsigned char slot, unsigned char* atr, unsigned char* atr_length) {
+QZ_32_API int QZ_32_CALL ICC_Reset(int icdev, unsigned char slot, unsigned char* atr, unsigned char* atr_length) {
     const qz::link::ExportLock lock;
     return cards::activate_contact(icdev, slot, cards::reset_parameter, Form::bytes, atr, atr_length);
 }
 
-QZ_32_API int ICC_Reset_Baud(int icdev, unsigned char slot, unsigned char baud, unsigned char* atr,
+QZ_32_API int QZ_32_CALL ICC_Reset_Baud(int icdev, unsigned char slot, unsigned char baud, unsigned char* atr,
                              unsigned char* atr_length) {
     const qz::link::ExportLock lock;
     return cards::activate_contact(icdev, slot, cards::speed_parameter(baud, cards::reset_parameter), Form::bytes, atr,
                                    atr_length);
 }
 
-QZ_32_API int ICC_CommandExchange(int icdev, unsigned char slot, const unsigned char* command,
+QZ_32_API int QZ_32_CALL ICC_CommandExchange(int icdev, unsigned char slot, const unsigned char* command,
                                   unsigned short command_length, unsigned char* response,
                                   unsigned short* response_length) {
     const qz::link::ExportLock lock;
@@ -59,7 +59,7 @@ QZ_32_API int ICC_CommandExchange(int icdev, unsigned char slot, const unsigned 
     return result;
 }
 
-QZ_32_API int ICC_CommandExchange_hex(int icdev, unsigned char slot, const char* command, char* response) {
+QZ_32_API int QZ_32_CALL ICC_CommandExchange_hex(int icdev, unsigned char slot, const char* command, char* response) {
     const qz::link::ExportLock lock;
     if (command == nullptr || response == nullptr) return status_bad_argument;
     const auto apdu = cards::bytes_of_hex(command);
@@ -70,7 +70,7 @@ QZ_32_API int ICC_CommandExchange_hex(int icdev, unsigned char slot, const char*
     return result;
 }
 
-QZ_32_API int ICC_PowerOff(int icdev, unsigned char slot) {
+QZ_32_API int QZ_32_CALL ICC_PowerOff(int icdev, unsigned char slot) {
     const qz::link::ExportLock lock;
     const auto card_class = cards::slot_class(slot);
     if (!card_class) return status_bad_argument;

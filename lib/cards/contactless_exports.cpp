@@ -11,28 +11,28 @@
 using qz::cards::Form;
 using qz::link::status_bad_argument;
 
-QZ_32_API int OpenCard(int icdev, unsigned char mode, unsigned char* uid, unsigned char* ats,
+QZ_32_API int QZ_32_CALL OpenCard(int icdev, unsigned char mode, unsigned char* uid, unsigned char* ats,
                        unsigned char* ats_length) {
     const qz::link::ExportLock lock;
     return qz::cards::open_card(icdev, mode, Form::bytes, uid, ats, ats_length);
 }
 
-QZ_32_API int OpenCard_hex(int icdev, unsigned char mode, char* uid, char* ats, unsigned char* ats_length) {
+QZ_32_API int QZ_32_CALL OpenCard_hex(int icdev, unsigned char mode, char* uid, char* ats, unsigned char* ats_length) {
     const qz::link::ExportLock lock;
     return qz::cards::open_card(icdev, mode, Form::hex, uid, ats, ats_length);
 }
 
-QZ_32_API int Open_Card(int icdev, unsigned char mode, unsigned char* uid) {
+QZ_32_API int QZ_32_CALL Open_Card(int icdev, unsigned char mode, unsigned char* uid) {
     const qz::link::ExportLock lock;
     return qz::cards::open_card_keeping_answer(icdev, mode, uid);
 }
 
-QZ_32_API int Reset_Card(int, unsigned char* ats, unsigned char* ats_length) {
+QZ_32_API int QZ_32_CALL Reset_Card(int, unsigned char* ats, unsigned char* ats_length) {
     const qz::link::ExportLock lock;
     return qz::cards::kept_answer(ats, ats_length);
 }
 
-QZ_32_API int ExchangePro(int icdev, const unsigned char* command, unsigned short command_length,
+QZ_32_API int QZ_32_CALL ExchangePro(int icdev, const unsigned char* command, unsigned short command_length,
                           unsigned char* response, unsigned short* response_length) {
     const qz::link::ExportLock lock;
     if (response == nullptr || response_length == nullptr || (command == nullptr && command_length != 0))
@@ -47,7 +47,7 @@ QZ_32_API int ExchangePro(int icdev, const unsigned char* command, unsigned shor
     return result;
 }
 
-QZ_32_API int ExchangePro_hex(int icdev, const char* command, char* response) {
+QZ_32_API int QZ_32_CALL ExchangePro_hex(int icdev, const char* command, char* response) {
     const qz::link::ExportLock lock;
     if (command == nullptr || response == nullptr) return status_bad_argument;
     const auto apdu = qz::cards::bytes_of_hex(command);
@@ -58,7 +58,7 @@ QZ_32_API int ExchangePro_hex(int icdev, const char* command, char* response) {
     return result;
 }
 
-QZ_32_API int CloseCard(int icdev) {
+QZ_32_API int QZ_32_CALL CloseCard(int icdev) {
     const qz::link::ExportLock lock;
     return qz::cards::deactivate(icdev, qz::cards::contactless_class);
 }

@@ -16,17 +16,17 @@ constexpr MemoryCommand nt_record_command{
 }  // namespace
 }  // namespace qz::cards
 
-QZ_32_API int open_record(int icdev) {
+QZ_32_API int QZ_32_CALL open_record(int icdev) {
     const qz::link::ExportLock lock;
     return qz::cards::send_memory_command(icdev, qz::cards::open_record_command, {});
 }
 
-QZ_32_API int close_record(int icdev) {
+QZ_32_API int QZ_32_CALL close_record(int icdev) {
     const qz::link::ExportLock lock;
     return qz::cards::send_memory_command(icdev, qz::cards::close_record_command, {});
 }
 
-QZ_32_API int nt_record(int icdev, unsigned int value, unsigned char* out) {
+QZ_32_API int QZ_32_CALL nt_record(int icdev, unsigned int value, unsigned char* out) {
     const qz::link::ExportLock lock;
     const std::array<std::uint8_t, 4> arguments{static_cast<std::uint8_t>(value), static_cast<std::uint8_t>(value >> 8),
                                                 static_cast<std::uint8_t>(value >> 16),

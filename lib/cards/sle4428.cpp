@@ -36,38 +36,38 @@ int transfer(int icdev, const ChunkedCommand& chunked, unsigned offset, unsigned
 namespace sle4428 = qz::cards::sle4428;
 using qz::cards::send_memory_command;
 
-QZ_32_API int sle4428_read(int icdev, unsigned short offset, unsigned short length, unsigned char* out) {
+QZ_32_API int QZ_32_CALL sle4428_read(int icdev, unsigned short offset, unsigned short length, unsigned char* out) {
     const qz::link::ExportLock lock;
     return sle4428::transfer(icdev, sle4428::read, offset, length, nullptr, out);
 }
 
-QZ_32_API int sle4428_write(int icdev, unsigned short offset, unsigned short length, const unsigned char* data) {
+QZ_32_API int QZ_32_CALL sle4428_write(int icdev, unsigned short offset, unsigned short length, const unsigned char* data) {
     const qz::link::ExportLock lock;
     return sle4428::transfer(icdev, sle4428::write, offset, length, data, nullptr);
 }
 
-QZ_32_API int sle4428_probit_readdata(int icdev, unsigned short offset, unsigned short length, unsigned char* out) {
+QZ_32_API int QZ_32_CALL sle4428_probit_readdata(int icdev, unsigned short offset, unsigned short length, unsigned char* out) {
     const qz::link::ExportLock lock;
     return sle4428::transfer(icdev, sle4428::protection_read, offset, length, nullptr, out);
 }
 
-QZ_32_API int sle4428_probit_writedata(int icdev, unsigned short offset, unsigned short length,
+QZ_32_API int QZ_32_CALL sle4428_probit_writedata(int icdev, unsigned short offset, unsigned short length,
                                        const unsigned char* data) {
     const qz::link::ExportLock lock;
     return sle4428::transfer(icdev, sle4428::protection_write, offset, length, data, nullptr);
 }
 
-QZ_32_API int sle4428_pwd_check(int icdev, const unsigned char* psc) {
+QZ_32_API int QZ_32_CALL sle4428_pwd_check(int icdev, const unsigned char* psc) {
     const qz::link::ExportLock lock;
     return send_memory_command(icdev, sle4428::psc_check, {.data = psc});
 }
 
-QZ_32_API int sle4428_pwd_modify(int icdev, const unsigned char* psc) {
+QZ_32_API int QZ_32_CALL sle4428_pwd_modify(int icdev, const unsigned char* psc) {
     const qz::link::ExportLock lock;
     return send_memory_command(icdev, sle4428::psc_modify, {.data = psc});
 }
 
-QZ_32_API int sle4428_errcount_read(int icdev, unsigned char* out) {
+QZ_32_API int QZ_32_CALL sle4428_errcount_read(int icdev, unsigned char* out) {
     const qz::link::ExportLock lock;
     return send_memory_command(icdev, sle4428::error_count_read, {.out = out});
 }

@@ -11,7 +11,7 @@
 #include "link/status.h"
 #include "qz_32.h"
 
-QZ_32_API int get_cktkb_verion(int icdev, unsigned int* length, unsigned char* version) {
+QZ_32_API int QZ_32_CALL get_cktkb_verion(int icdev, unsigned int* length, unsigned char* version) {
     const qz::link::ExportLock lock;
     if (length == nullptr || version == nullptr) return qz::link::status_bad_argument;
     *length = 0;
@@ -24,7 +24,7 @@ QZ_32_API int get_cktkb_verion(int icdev, unsigned int* length, unsigned char* v
     return result;
 }
 
-QZ_32_API int upgrade_keyboard(int icdev, char* path) {
+QZ_32_API int QZ_32_CALL upgrade_keyboard(int icdev, char* path) {
     const qz::link::ExportLock lock;
     if (path == nullptr) return qz::link::status_bad_argument;
     // The caller's text is upper-cased, as callers expect; the file is opened by

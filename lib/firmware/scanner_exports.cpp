@@ -24,7 +24,7 @@ bool wait_in_range(unsigned char wait) { return wait >= shortest_wait && wait <=
 
 }  // namespace
 
-QZ_32_API int get_barcode(int icdev, unsigned char wait, unsigned char* length, unsigned char* data) {
+QZ_32_API int QZ_32_CALL get_barcode(int icdev, unsigned char wait, unsigned char* length, unsigned char* data) {
     const qz::link::ExportLock lock;
     if (!wait_in_range(wait) || length == nullptr || data == nullptr) return status_bad_argument;
     qz::link::Reply<160> reply;
@@ -36,20 +36,20 @@ QZ_32_API int get_barcode(int icdev, unsigned char wait, unsigned char* length, 
     return result;
 }
 
-QZ_32_API int get_barcode_continuous(int icdev, unsigned char wait) {
+QZ_32_API int QZ_32_CALL get_barcode_continuous(int icdev, unsigned char wait) {
     const qz::link::ExportLock lock;
     if (!wait_in_range(wait)) return status_bad_argument;
     qz::link::Reply<160> reply;
     return qz::link::transact(icdev, Payload{scanner_class, read_continuously, 0x00, wait}, reply);
 }
 
-QZ_32_API int set_scaner_output(int icdev, unsigned char mode) {
+QZ_32_API int QZ_32_CALL set_scaner_output(int icdev, unsigned char mode) {
     const qz::link::ExportLock lock;
     qz::link::Reply<160> reply;
     return qz::link::transact(icdev, Payload{scanner_class, choose_output, 0x00, mode}, reply);
 }
 
-QZ_32_API int GetScanerVer(int icdev, unsigned int* length, unsigned char* version) {
+QZ_32_API int QZ_32_CALL GetScanerVer(int icdev, unsigned int* length, unsigned char* version) {
     const qz::link::ExportLock lock;
     if (length == nullptr || version == nullptr) return status_bad_argument;
     std::vector<std::uint8_t> text;
@@ -61,7 +61,7 @@ QZ_32_API int GetScanerVer(int icdev, unsigned int* length, unsigned char* versi
     return result;
 }
 
-QZ_32_API int upgrade_scaner(int icdev, const char* path, qz_32_upgrade_progress_callback callback) {
+QZ_32_API int QZ_32_CALL upgrade_scaner(int icdev, const char* path, qz_32_upgrade_progress_callback callback) {
     const qz::link::ExportLock lock;
     if (path == nullptr) return status_bad_argument;
     return qz::firmware::upgrade_scanner(icdev, path, callback);

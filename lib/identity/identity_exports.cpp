@@ -24,7 +24,7 @@ void copy_text(const std::string& text, char* out) { std::memcpy(out, text.c_str
 
 }  // namespace
 
-QZ_32_API int IDReadCard(int icdev, int nMode, const char* sPhotoPath, char* sBaseInfo, char* sFingerInfo) {
+QZ_32_API int QZ_32_CALL IDReadCard(int icdev, int nMode, const char* sPhotoPath, char* sBaseInfo, char* sFingerInfo) {
     const qz::link::ExportLock lock;
     if (!valid_mode(nMode) || sBaseInfo == nullptr || sFingerInfo == nullptr) return link::status_bad_argument;
     identity::ReadReply reply;
@@ -38,7 +38,7 @@ QZ_32_API int IDReadCard(int icdev, int nMode, const char* sPhotoPath, char* sBa
     return 0;
 }
 
-QZ_32_API int IDCardBaseMsg(int icdev, int nMode, int* nDataLen, unsigned char* sData) {
+QZ_32_API int QZ_32_CALL IDCardBaseMsg(int icdev, int nMode, int* nDataLen, unsigned char* sData) {
     const qz::link::ExportLock lock;
     if (!valid_mode(nMode) || nDataLen == nullptr || sData == nullptr) return link::status_bad_argument;
     identity::ReadReply reply;
@@ -49,7 +49,7 @@ QZ_32_API int IDCardBaseMsg(int icdev, int nMode, int* nDataLen, unsigned char* 
     return 0;
 }
 
-QZ_32_API int IDCardGetModeID(int icdev, unsigned char* nIdLen, unsigned char* sModeId) {
+QZ_32_API int QZ_32_CALL IDCardGetModeID(int icdev, unsigned char* nIdLen, unsigned char* sModeId) {
     const qz::link::ExportLock lock;
     if (nIdLen == nullptr || sModeId == nullptr) return link::status_bad_argument;
     link::Reply<mode_id_capacity> reply;
@@ -67,7 +67,7 @@ QZ_32_API int IDCardGetModeID(int icdev, unsigned char* nIdLen, unsigned char* s
     return 0;
 }
 
-QZ_32_API int GetFileBase64Buffer(const char* sFileName, char* sBase64) {
+QZ_32_API int QZ_32_CALL GetFileBase64Buffer(const char* sFileName, char* sBase64) {
     if (sFileName == nullptr || sBase64 == nullptr) return link::status_bad_argument;
     return identity::file_to_base64(sFileName, sBase64);
 }

@@ -117,7 +117,7 @@ int read_polled(int icdev, int seconds, char* text) {
 }  // namespace
 }  // namespace qz::identity
 
-QZ_32_API int GetTwoDimensionCode(int icdev, int nTimeout, char* sCodeText) {
+QZ_32_API int QZ_32_CALL GetTwoDimensionCode(int icdev, int nTimeout, char* sCodeText) {
     const qz::link::ExportLock lock;
     if (nTimeout < 1 || sCodeText == nullptr) return qz::link::status_bad_argument;
     std::vector<std::uint8_t> version;

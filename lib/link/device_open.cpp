@@ -86,7 +86,7 @@ int serial_open_link(int port, int baud) {
 
 using namespace qz::link;
 
-QZ_32_API int open_device(unsigned char port, int baud) {
+QZ_32_API int QZ_32_CALL open_device(unsigned char port, int baud) {
     const qz::link::ExportLock lock;
     write_log(log_format("open_device port = %d,Baud= %d", port, baud));
     const TimeoutsForCommand timeouts(100, 0, 5000, 0);
@@ -109,7 +109,7 @@ QZ_32_API int open_device(unsigned char port, int baud) {
     return handle;
 }
 
-QZ_32_API int close_device(int icdev) {
+QZ_32_API int QZ_32_CALL close_device(int icdev) {
     const qz::link::ExportLock lock;
     write_log(log_format("close_device HANDLE = %d", icdev));
     if (icdev == -1) return -1;
@@ -121,7 +121,7 @@ QZ_32_API int close_device(int icdev) {
     return -1;
 }
 
-QZ_32_API int get_version(int icdev, unsigned char* length, unsigned char* version) {
+QZ_32_API int QZ_32_CALL get_version(int icdev, unsigned char* length, unsigned char* version) {
     const qz::link::ExportLock lock;
     if (length == nullptr || version == nullptr) return status_bad_argument;
     *length = 0;

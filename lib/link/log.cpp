@@ -70,14 +70,6 @@ long long leading_number(const std::string& name) {
     return value;
 }
 
-// A plain folder: a directory that is not hidden, not read-only and not a link.
-bool is_plain_folder(const fs::directory_entry& entry) {
-    std::error_code error;
-    const auto status = entry.symlink_status(error);
-    if (error || !fs::is_directory(status)) return false;
-    if (entry.path().filename().string().starts_with('.')) return false;
-    return (status.permissions() & fs::perms::owner_write) != fs::perms::none;
-}
 
 }  // namespace
 
@@ -91,7 +83,7 @@ void clean_log_folders(const fs::path& root) noexcept {
         fs::directory_iterator folders(root, error);
         if (error) return;
         for (const auto& entry : folders) {
-            if (!is_plain_folder(entry)) continue;
+            if (!platform::is_plain_folder(entry.path())) continue;
             if (leading_number(entry.path().filename().string()) >= today - 1) continue;
             fs::directory_iterator files(entry.path(), error);
             if (error) return;  // what is left waits for the next load

@@ -24,7 +24,7 @@ int read_card_id(int icdev, IdentityReply& reply) {
 
 }  // namespace
 
-QZ_32_API int Get_CARD_ID(int icdev, unsigned char* out) {
+QZ_32_API int QZ_32_CALL Get_CARD_ID(int icdev, unsigned char* out) {
     const qz::link::ExportLock lock;
     if (out == nullptr) return qz::link::status_bad_argument;
     IdentityReply reply;
@@ -33,7 +33,7 @@ QZ_32_API int Get_CARD_ID(int icdev, unsigned char* out) {
     return result;
 }
 
-QZ_32_API int Get_CARD_ID_hex(int icdev, char* out) {
+QZ_32_API int QZ_32_CALL Get_CARD_ID_hex(int icdev, char* out) {
     const qz::link::ExportLock lock;
     if (out == nullptr) return qz::link::status_bad_argument;
     IdentityReply reply;

@@ -45,7 +45,7 @@ int status_command(int icdev, Payload payload, unsigned int* status) {
 
 }  // namespace
 
-QZ_32_API int ds_command_trn(int icdev, const unsigned char* data, unsigned short length, unsigned char* out,
+QZ_32_API int QZ_32_CALL ds_command_trn(int icdev, const unsigned char* data, unsigned short length, unsigned char* out,
                              unsigned short* rlen) {
     const qz::link::ExportLock lock;
     if (rlen != nullptr) *rlen = 0;
@@ -62,39 +62,39 @@ QZ_32_API int ds_command_trn(int icdev, const unsigned char* data, unsigned shor
     return result;
 }
 
-QZ_32_API int return_card(int icdev) {
+QZ_32_API int QZ_32_CALL return_card(int icdev) {
     const qz::link::ExportLock lock;
     return command(icdev, Payload{mechanism_class, return_to_gate, 0x00});
 }
 
-QZ_32_API int magnetic_gate_test(int icdev, unsigned char value) {
+QZ_32_API int QZ_32_CALL magnetic_gate_test(int icdev, unsigned char value) {
     const qz::link::ExportLock lock;
     return command(icdev, Payload{mechanism_class, gate_test, 0x00, value});
 }
 
-QZ_32_API int motor_test(int icdev, unsigned char first, unsigned char second) {
+QZ_32_API int QZ_32_CALL motor_test(int icdev, unsigned char first, unsigned char second) {
     const qz::link::ExportLock lock;
     return command(icdev, Payload{mechanism_class, motor, 0x00, first, second});
 }
 
-QZ_32_API int Query_status(int icdev, unsigned int* status) {
+QZ_32_API int QZ_32_CALL Query_status(int icdev, unsigned int* status) {
     const qz::link::ExportLock lock;
     return status_command(icdev, Payload{mechanism_class, query, 0x00}, status);
 }
 
-QZ_32_API int AGING_test(int icdev, unsigned char value, unsigned int* status) {
+QZ_32_API int QZ_32_CALL AGING_test(int icdev, unsigned char value, unsigned int* status) {
     const qz::link::ExportLock lock;
     return status_command(icdev, Payload{mechanism_class, aging, 0x00, value}, status);
 }
 
-QZ_32_API int Move_Card(int icdev, int direction) {
+QZ_32_API int QZ_32_CALL Move_Card(int icdev, int direction) {
     const qz::link::ExportLock lock;
     if (direction != 0 && direction != 1) return status_bad_argument;
     return command(icdev, Payload{mechanism_class, move, 0x00, static_cast<std::uint8_t>(direction)});
 }
 
 // The status byte is written whatever the outcome: 0 after a failure.
-QZ_32_API int get_device_status(int icdev, unsigned char* status) {
+QZ_32_API int QZ_32_CALL get_device_status(int icdev, unsigned char* status) {
     const qz::link::ExportLock lock;
     if (status == nullptr) return status_bad_argument;
     qz::link::Reply<50> reply;

@@ -60,32 +60,32 @@ int encrypted_entry_text(int icdev, const EntryForm& form, const EntryArguments&
 using namespace qz::pinpad;
 using qz::link::status_bad_argument;
 
-QZ_32_API int mw_kb_open(int, int) { return 0; }
+QZ_32_API int QZ_32_CALL mw_kb_open(int, int) { return 0; }
 
-QZ_32_API int mw_kb_close(int) {
+QZ_32_API int QZ_32_CALL mw_kb_close(int) {
     const qz::link::ExportLock lock;
     qz::link::set_link_timeouts(5000, 0);
     return 0;
 }
 
-QZ_32_API void set_kb_type(int type) { pad_state().kb_type = type; }
+QZ_32_API void QZ_32_CALL set_kb_type(int type) { pad_state().kb_type = type; }
 
-QZ_32_API int set_kb_outputMode(int icdev, int mode) {
+QZ_32_API int QZ_32_CALL set_kb_outputMode(int icdev, int mode) {
     const qz::link::ExportLock lock;
     return send_setting(icdev, sub_output_mode, static_cast<std::uint8_t>(mode));
 }
 
-QZ_32_API int mw_kb_settimeout(int icdev, unsigned char seconds) {
+QZ_32_API int QZ_32_CALL mw_kb_settimeout(int icdev, unsigned char seconds) {
     const qz::link::ExportLock lock;
     return settimeout(icdev, seconds);
 }
 
-QZ_32_API int mw_kb_setpasslen(int icdev, unsigned char length) {
+QZ_32_API int QZ_32_CALL mw_kb_setpasslen(int icdev, unsigned char length) {
     const qz::link::ExportLock lock;
     return setpwdlen(icdev, length);
 }
 
-QZ_32_API int mw_kb_downloadmainkey(int icdev, int keymode, int mainno, const char* keytext) {
+QZ_32_API int QZ_32_CALL mw_kb_downloadmainkey(int icdev, int keymode, int mainno, const char* keytext) {
     const qz::link::ExportLock lock;
     if (!in_range(mainno, 0, highest_main_key)) return status_bad_argument;
     return load_key_text(keymode, keytext, [&](std::uint8_t mode, const unsigned char* key) {
@@ -93,7 +93,7 @@ QZ_32_API int mw_kb_downloadmainkey(int icdev, int keymode, int mainno, const ch
     });
 }
 
-QZ_32_API int mw_kb_downloaduserkey(int icdev, int keymode, int mainno, int workno, const char* keytext) {
+QZ_32_API int QZ_32_CALL mw_kb_downloaduserkey(int icdev, int keymode, int mainno, int workno, const char* keytext) {
     const qz::link::ExportLock lock;
     if (!in_range(mainno, 0, highest_main_key) || !in_range(workno, 0, highest_work_key)) return status_bad_argument;
     return load_key_text(keymode, keytext, [&](std::uint8_t mode, const unsigned char* key) {
@@ -101,7 +101,7 @@ QZ_32_API int mw_kb_downloaduserkey(int icdev, int keymode, int mainno, int work
     });
 }
 
-QZ_32_API int mw_kb_downloaduserkey_nb(int icdev, int keymode, unsigned char mainno, unsigned char workno,
+QZ_32_API int QZ_32_CALL mw_kb_downloaduserkey_nb(int icdev, int keymode, unsigned char mainno, unsigned char workno,
                                        const char* keytext) {
     const qz::link::ExportLock lock;
     return load_key_text(keymode, keytext, [&](std::uint8_t mode, const unsigned char* key) {
@@ -109,13 +109,13 @@ QZ_32_API int mw_kb_downloaduserkey_nb(int icdev, int keymode, unsigned char mai
     });
 }
 
-QZ_32_API int mw_kb_activekey(int, int mainno, int workno) {
+QZ_32_API int QZ_32_CALL mw_kb_activekey(int, int mainno, int workno) {
     if (!in_range(mainno, 0, highest_main_key) || !in_range(workno, 0, highest_work_key)) return status_bad_argument;
     pad_state().pwdkb_work_index = static_cast<std::uint32_t>(workno);
     return 0;
 }
 
-QZ_32_API int mw_kb_getpin(int icdev, int mode, unsigned char* out) {
+QZ_32_API int QZ_32_CALL mw_kb_getpin(int icdev, int mode, unsigned char* out) {
     const qz::link::ExportLock lock;
     if (!in_range(mode, 1, 4) || out == nullptr) return status_bad_argument;
     PadReply reply;
@@ -125,7 +125,7 @@ QZ_32_API int mw_kb_getpin(int icdev, int mode, unsigned char* out) {
     return result;
 }
 
-QZ_32_API int mw_kb_getenpin(int icdev, int mode, const char* cardtext, char* outtext) {
+QZ_32_API int QZ_32_CALL mw_kb_getenpin(int icdev, int mode, const char* cardtext, char* outtext) {
     const qz::link::ExportLock lock;
     if (!in_range(mode, 1, 4) || cardtext == nullptr || outtext == nullptr) return status_bad_argument;
     std::array<std::uint8_t, card_number_size> card{};
@@ -136,7 +136,7 @@ QZ_32_API int mw_kb_getenpin(int icdev, int mode, const char* cardtext, char* ou
     return encrypted_entry_text(icdev, entry_for_pad_type(state.kb_type, mode, true), arguments, outtext);
 }
 
-QZ_32_API int mw_kb_getenpin_nb(int icdev, int mode, unsigned char keyno, char* outtext) {
+QZ_32_API int QZ_32_CALL mw_kb_getenpin_nb(int icdev, int mode, unsigned char keyno, char* outtext) {
     const qz::link::ExportLock lock;
     if (!in_range(mode, 1, 2) || outtext == nullptr) return status_bad_argument;
     return encrypted_entry_text(icdev, mode == 1 ? form::getpwd_nb : form::getpwd_again_nb, {.keyno = keyno}, outtext);

@@ -28,92 +28,92 @@ int decrypt_under_work_key(const unsigned char* data, unsigned char length, unsi
 namespace form = qz::pinpad::form;
 using qz::pinpad::enter_pin;
 
-QZ_32_API int pwd_decrypt(const unsigned char* data, unsigned char length, unsigned char* out) {
+QZ_32_API int QZ_32_CALL pwd_decrypt(const unsigned char* data, unsigned char length, unsigned char* out) {
     return qz::pinpad::decrypt_under_work_key(data, length, out);
 }
 
-QZ_32_API int pwdkb_settimeout(int icdev, unsigned char seconds) {
+QZ_32_API int QZ_32_CALL pwdkb_settimeout(int icdev, unsigned char seconds) {
     const qz::link::ExportLock lock;
     return qz::pinpad::settimeout(icdev, seconds);
 }
 
-QZ_32_API int pwdkb_setpwdlen(int icdev, unsigned char length) {
+QZ_32_API int QZ_32_CALL pwdkb_setpwdlen(int icdev, unsigned char length) {
     const qz::link::ExportLock lock;
     return qz::pinpad::setpwdlen(icdev, length);
 }
 
-QZ_32_API int pwdkb_load_mainkey(int icdev, unsigned char keymode, unsigned char mainno, const unsigned char* key) {
+QZ_32_API int QZ_32_CALL pwdkb_load_mainkey(int icdev, unsigned char keymode, unsigned char mainno, const unsigned char* key) {
     const qz::link::ExportLock lock;
     return qz::pinpad::load_mainkey(icdev, keymode, mainno, key);
 }
 
-QZ_32_API int pwdkb_load_workkey(int icdev, unsigned char keymode, unsigned char mainno, unsigned char workno,
+QZ_32_API int QZ_32_CALL pwdkb_load_workkey(int icdev, unsigned char keymode, unsigned char mainno, unsigned char workno,
                                  const unsigned char* key) {
     const qz::link::ExportLock lock;
     return qz::pinpad::load_workkey(icdev, keymode, mainno, workno, key);
 }
 
-QZ_32_API int pwdkb_getpwd(int icdev, unsigned char* rlen, unsigned char* rdata) {
+QZ_32_API int QZ_32_CALL pwdkb_getpwd(int icdev, unsigned char* rlen, unsigned char* rdata) {
     const qz::link::ExportLock lock;
     return enter_pin(icdev, form::getpwd, {}, rlen, rdata);
 }
 
-QZ_32_API int pwdkb_getpwd_again(int icdev, unsigned char* rlen, unsigned char* rdata) {
+QZ_32_API int QZ_32_CALL pwdkb_getpwd_again(int icdev, unsigned char* rlen, unsigned char* rdata) {
     const qz::link::ExportLock lock;
     return enter_pin(icdev, form::getpwd_again, {}, rlen, rdata);
 }
 
-QZ_32_API int pwdkb_getpwd2(int icdev, unsigned char* rlen, unsigned char* rdata) {
+QZ_32_API int QZ_32_CALL pwdkb_getpwd2(int icdev, unsigned char* rlen, unsigned char* rdata) {
     const qz::link::ExportLock lock;
     return enter_pin(icdev, form::getpwd2, {}, rlen, rdata);
 }
 
-QZ_32_API int pwdkb_getpwd_again2(int icdev, unsigned char* rlen, unsigned char* rdata) {
+QZ_32_API int QZ_32_CALL pwdkb_getpwd_again2(int icdev, unsigned char* rlen, unsigned char* rdata) {
     const qz::link::ExportLock lock;
     return enter_pin(icdev, form::getpwd_again2, {}, rlen, rdata);
 }
 
-QZ_32_API int pwdkb_getpwd_new2(int icdev, int mode, unsigned char* rlen, unsigned char* rdata) {
+QZ_32_API int QZ_32_CALL pwdkb_getpwd_new2(int icdev, int mode, unsigned char* rlen, unsigned char* rdata) {
     const qz::link::ExportLock lock;
     return enter_pin(icdev, form::getpwd_new2, {.mode = mode}, rlen, rdata);
 }
 
-QZ_32_API int pwdkb_getpwd_new2_WaitNextKeyPress(int icdev, unsigned char* rlen, unsigned char* rdata) {
+QZ_32_API int QZ_32_CALL pwdkb_getpwd_new2_WaitNextKeyPress(int icdev, unsigned char* rlen, unsigned char* rdata) {
     const qz::link::ExportLock lock;
     return enter_pin(icdev, form::getpwd_new2_next_key, {}, rlen, rdata);
 }
 
-QZ_32_API int pwdkb_getpwd_encrypt(int icdev, unsigned char keyno, const unsigned char* cardno, unsigned char* rlen,
+QZ_32_API int QZ_32_CALL pwdkb_getpwd_encrypt(int icdev, unsigned char keyno, const unsigned char* cardno, unsigned char* rlen,
                                    unsigned char* rdata) {
     const qz::link::ExportLock lock;
     return enter_pin(icdev, form::getpwd_encrypt, {.keyno = keyno, .cardno = cardno}, rlen, rdata);
 }
 
-QZ_32_API int pwdkb_getpwd_again_encrypt(int icdev, unsigned char keyno, const unsigned char* cardno,
+QZ_32_API int QZ_32_CALL pwdkb_getpwd_again_encrypt(int icdev, unsigned char keyno, const unsigned char* cardno,
                                          unsigned char* rlen, unsigned char* rdata) {
     const qz::link::ExportLock lock;
     return enter_pin(icdev, form::getpwd_again_encrypt, {.keyno = keyno, .cardno = cardno}, rlen, rdata);
 }
 
-QZ_32_API int pwdkb_getpwd_encrypt2(int icdev, unsigned char keyno, const unsigned char* cardno, unsigned char* rlen,
+QZ_32_API int QZ_32_CALL pwdkb_getpwd_encrypt2(int icdev, unsigned char keyno, const unsigned char* cardno, unsigned char* rlen,
                                     unsigned char* rdata) {
     const qz::link::ExportLock lock;
     return enter_pin(icdev, form::getpwd_encrypt2, {.keyno = keyno, .cardno = cardno}, rlen, rdata);
 }
 
-QZ_32_API int pwdkb_getpwd_again_encrypt2(int icdev, unsigned char keyno, const unsigned char* cardno,
+QZ_32_API int QZ_32_CALL pwdkb_getpwd_again_encrypt2(int icdev, unsigned char keyno, const unsigned char* cardno,
                                           unsigned char* rlen, unsigned char* rdata) {
     const qz::link::ExportLock lock;
     return enter_pin(icdev, form::getpwd_again_encrypt2, {.keyno = keyno, .cardno = cardno}, rlen, rdata);
 }
 
-QZ_32_API int pwdkb_getpwd_encrypt_new2(int icdev, unsigned char keyno, const unsigned char* cardno, int mode,
+QZ_32_API int QZ_32_CALL pwdkb_getpwd_encrypt_new2(int icdev, unsigned char keyno, const unsigned char* cardno, int mode,
                                         unsigned char* rlen, unsigned char* rdata) {
     const qz::link::ExportLock lock;
     return enter_pin(icdev, form::getpwd_encrypt_new2, {.mode = mode, .keyno = keyno, .cardno = cardno}, rlen, rdata);
 }
 
-QZ_32_API int pwdkb_getpwd_encrypt_new2_WaitNextKeyPress(int icdev, unsigned char* rlen, unsigned char* rdata) {
+QZ_32_API int QZ_32_CALL pwdkb_getpwd_encrypt_new2_WaitNextKeyPress(int icdev, unsigned char* rlen, unsigned char* rdata) {
     const qz::link::ExportLock lock;
     return enter_pin(icdev, form::getpwd_encrypt_new2_next_key, {}, rlen, rdata);
 }

@@ -14,6 +14,10 @@ std::filesystem::path ports_dir();
 // Root of the diagnostic log; its existence switches the log on (QZ_32_LOG_ROOT).
 std::filesystem::path log_root();
 
+// A folder with none of the system's marks: not hidden, not read-only, not a
+// link, nothing else set. The log's cleaning touches only these.
+bool is_plain_folder(const std::filesystem::path& folder);
+
 // The system's defaults for the three, defined in the system's folder.
 std::filesystem::path default_hidraw_dir();
 std::filesystem::path default_ports_dir();

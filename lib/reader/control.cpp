@@ -86,23 +86,23 @@ using qz::link::status_bad_argument;
 using qz::link::terminal_class;
 namespace terminal = qz::link::terminal;
 
-QZ_32_API int dev_setbaud(int icdev, unsigned char baud_code) {
+QZ_32_API int QZ_32_CALL dev_setbaud(int icdev, unsigned char baud_code) {
     const qz::link::ExportLock lock;
     if (baud_code > 4) return status_bad_argument;
     return qz::reader::command(icdev, Payload{terminal_class, terminal::speed, 0x00, baud_code});
 }
 
-QZ_32_API int dev_beep(int icdev, unsigned char beep_a, unsigned char beep_b, unsigned char beep_c) {
+QZ_32_API int QZ_32_CALL dev_beep(int icdev, unsigned char beep_a, unsigned char beep_b, unsigned char beep_c) {
     const qz::link::ExportLock lock;
     return qz::reader::command(icdev, Payload{terminal_class, terminal::beep, 0x00, beep_c, beep_b, beep_a});
 }
 
-QZ_32_API int dev_disp(int icdev, unsigned char mode) {
+QZ_32_API int QZ_32_CALL dev_disp(int icdev, unsigned char mode) {
     const qz::link::ExportLock lock;
     return qz::reader::command(icdev, Payload{terminal_class, terminal::display, 0x00, mode});
 }
 
-QZ_32_API int dev_cardstate(int icdev, unsigned char* state) {
+QZ_32_API int QZ_32_CALL dev_cardstate(int icdev, unsigned char* state) {
     const qz::link::ExportLock lock;
     if (state == nullptr) return status_bad_argument;
     qz::link::Reply<64> reply;
@@ -112,7 +112,7 @@ QZ_32_API int dev_cardstate(int icdev, unsigned char* state) {
     return result;
 }
 
-QZ_32_API int dev_writesnr(int icdev, unsigned char length, const unsigned char* data) {
+QZ_32_API int QZ_32_CALL dev_writesnr(int icdev, unsigned char length, const unsigned char* data) {
     const qz::link::ExportLock lock;
     if (length == 0 || length > qz::reader::serial_number_size || data == nullptr) return status_bad_argument;
     Payload payload{terminal_class, terminal::write_serial_number, 0x00,
@@ -121,7 +121,7 @@ QZ_32_API int dev_writesnr(int icdev, unsigned char length, const unsigned char*
     return qz::reader::command(icdev, payload);
 }
 
-QZ_32_API int dev_readsnr(int icdev, unsigned char length, unsigned char* data) {
+QZ_32_API int QZ_32_CALL dev_readsnr(int icdev, unsigned char length, unsigned char* data) {
     const qz::link::ExportLock lock;
     if (length == 0 || length > qz::reader::serial_number_size || data == nullptr) return status_bad_argument;
     const auto count = static_cast<std::uint8_t>(length + (length & 1));
@@ -132,7 +132,7 @@ QZ_32_API int dev_readsnr(int icdev, unsigned char length, unsigned char* data) 
     return result;
 }
 
-QZ_32_API int dev_readregno(int icdev, unsigned char* length, unsigned char* data) {
+QZ_32_API int QZ_32_CALL dev_readregno(int icdev, unsigned char* length, unsigned char* data) {
     const qz::link::ExportLock lock;
     if (length == nullptr || data == nullptr) return status_bad_argument;
     *length = 0;
@@ -149,12 +149,12 @@ QZ_32_API int dev_readregno(int icdev, unsigned char* length, unsigned char* dat
     return result;
 }
 
-QZ_32_API int dev_readeeprom(int icdev, unsigned short offset, unsigned short length, unsigned char* data) {
+QZ_32_API int QZ_32_CALL dev_readeeprom(int icdev, unsigned short offset, unsigned short length, unsigned char* data) {
     const qz::link::ExportLock lock;
     return qz::reader::read_eeprom(icdev, offset, length, data);
 }
 
-QZ_32_API int dev_writeeeprom(int icdev, unsigned short offset, unsigned short length, const unsigned char* data) {
+QZ_32_API int QZ_32_CALL dev_writeeeprom(int icdev, unsigned short offset, unsigned short length, const unsigned char* data) {
     const qz::link::ExportLock lock;
     return qz::reader::write_eeprom(icdev, offset, length, data);
 }

@@ -44,15 +44,15 @@ int display_cells(int icdev, int line, int column, int last_column, int length, 
 
 }  // namespace
 
-extern "C" int lcd_display_string(int icdev, int line, int column, int length, const unsigned char* text) {
+QZ_32_API int QZ_32_CALL lcd_display_string(int icdev, int line, int column, int length, const unsigned char* text) {
     return display_cells(icdev, line, column, columns - 2, length, text);
 }
 
-extern "C" int lcd_display_string2(int icdev, int line, int column, int length, const unsigned char* text) {
+QZ_32_API int QZ_32_CALL lcd_display_string2(int icdev, int line, int column, int length, const unsigned char* text) {
     return display_cells(icdev, line, column, columns - 1, length, text);
 }
 
-extern "C" int lcd_display_new(int icdev, int line, int column, int length, const unsigned char* text) {
+QZ_32_API int QZ_32_CALL lcd_display_new(int icdev, int line, int column, int length, const unsigned char* text) {
     const qz::link::ExportLock lock;
     if (!placement_ok(line, column, columns - 1, length, text)) return bad;
     Payload payload = text_head(text_instruction, line, column);
@@ -60,18 +60,18 @@ extern "C" int lcd_display_new(int icdev, int line, int column, int length, cons
     return send(icdev, payload);
 }
 
-extern "C" int lcd_clear(int icdev) {
+QZ_32_API int QZ_32_CALL lcd_clear(int icdev) {
     const qz::link::ExportLock lock;
     return send(icdev, Payload{lcd_class, clear_instruction, 0x00});
 }
 
-extern "C" int adjusts_Brightness(int icdev, unsigned char level) {
+QZ_32_API int QZ_32_CALL adjusts_Brightness(int icdev, unsigned char level) {
     const qz::link::ExportLock lock;
     if (level > 1) return bad;
     return send(icdev, Payload{lcd_class, brightness_instruction, 0x00, level});
 }
 
-extern "C" int backlight_Delay(int icdev, unsigned char delay) {
+QZ_32_API int QZ_32_CALL backlight_Delay(int icdev, unsigned char delay) {
     const qz::link::ExportLock lock;
     return send(icdev, Payload{lcd_class, backlight_instruction, 0x00, delay});
 }

@@ -25,37 +25,37 @@ constexpr std::size_t vendor_reply_capacity = 1024;
 
 }  // namespace
 
-extern "C" int SetFullScreenColor(int icdev, const char* color) {
+QZ_32_API int QZ_32_CALL SetFullScreenColor(int icdev, const char* color) {
     const qz::link::ExportLock lock;
     const auto word = qz::screen::parse_color_string(color);
     if (!word) return qz::link::status_bad_argument;
     return send_screen_command(icdev, screen_payload(Instruction::fill).add_be16(*word));
 }
 
-extern "C" int ClearFullScreen(int icdev) {
+QZ_32_API int QZ_32_CALL ClearFullScreen(int icdev) {
     const qz::link::ExportLock lock;
     return send_screen_command(icdev, screen_payload(Instruction::clear).add_be16(0xFFFF).add_zeros(3));
 }
 
-extern "C" int ActiveShowPic(int icdev, int page) {
+QZ_32_API int QZ_32_CALL ActiveShowPic(int icdev, int page) {
     const qz::link::ExportLock lock;
     if (page < 0 || page >= qz::screen::page_count) return qz::link::status_bad_argument;
     const qz::link::TimeoutsForCommand timeouts(page_read_ms, page_write_gap_ms, after_page_read_ms, 0);
     return send_screen_command(icdev, screen_payload(Instruction::activate_page).add(static_cast<std::uint8_t>(page)));
 }
 
-extern "C" int SetAutoSleepTime(int icdev, int time) {
+QZ_32_API int QZ_32_CALL SetAutoSleepTime(int icdev, int time) {
     const qz::link::ExportLock lock;
     if (time < 0 || time > max_sleep_time) return qz::link::status_bad_argument;
     return send_screen_command(icdev, screen_payload(Instruction::sleep_time).add_be16(static_cast<std::uint16_t>(time)));
 }
 
-extern "C" int SetScreenVendor(int icdev, unsigned char vendor) {
+QZ_32_API int QZ_32_CALL SetScreenVendor(int icdev, unsigned char vendor) {
     const qz::link::ExportLock lock;
     return send_screen_command(icdev, screen_payload(Instruction::vendor).add(vendor_write).add(vendor));
 }
 
-extern "C" int GetScreenVendor(int icdev, char* vendor) {
+QZ_32_API int QZ_32_CALL GetScreenVendor(int icdev, char* vendor) {
     const qz::link::ExportLock lock;
     if (vendor == nullptr) return qz::link::status_bad_argument;
     qz::link::Reply<vendor_reply_capacity> reply;

@@ -39,13 +39,13 @@ int send_picture(int icdev, const char* path, int x, int y, TransferCommands com
 
 }  // namespace
 
-extern "C" int ShowPicInScreen(int icdev, const char* path, int x, int y, int, int) {
+QZ_32_API int QZ_32_CALL ShowPicInScreen(int icdev, const char* path, int x, int y, int, int) {
     const qz::link::ExportLock lock;
     return send_picture(icdev, path, x, y, {Instruction::picture_first, Instruction::picture_data},
                         [&](const PictureArea& area, qz::link::Payload&) { return position_in_range(x, y) && fits_at(area); });
 }
 
-extern "C" int LoadPicInScreen(int icdev, int page, const char* path, int x, int y, int, int) {
+QZ_32_API int QZ_32_CALL LoadPicInScreen(int icdev, int page, const char* path, int x, int y, int, int) {
     const qz::link::ExportLock lock;
     const TransferCommands commands = page == 0
                                           ? TransferCommands{Instruction::store_screen_first, Instruction::store_screen_data}
@@ -56,7 +56,7 @@ extern "C" int LoadPicInScreen(int icdev, int page, const char* path, int x, int
     });
 }
 
-extern "C" int ShowMonochromeInScreen(int icdev, const char* path, int x, int y, int, int) {
+QZ_32_API int QZ_32_CALL ShowMonochromeInScreen(int icdev, const char* path, int x, int y, int, int) {
     const qz::link::ExportLock lock;
     if (path == nullptr) return bad;
     auto image = qz::platform::decode_image_file(path);

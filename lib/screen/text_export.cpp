@@ -47,7 +47,7 @@ std::optional<ColourWord> colour_or(const char* text, ColourWord fallback) {
 
 }  // namespace
 
-extern "C" int ShowTextInScreen(int icdev, const char* text, int fontSize, const char* fontColor,
+QZ_32_API int QZ_32_CALL ShowTextInScreen(int icdev, const char* text, int fontSize, const char* fontColor,
                                 const char* backColor, int x, int y, int wrapMode, int textOption) {
     const qz::link::ExportLock lock;
     constexpr int bad = qz::link::status_bad_argument;

@@ -3,14 +3,42 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
 
 namespace qz::test {
+namespace {
 
+void set_variable(const std::string& name, const std::string& value) {
+#ifdef _WIN32
+    _putenv_s(name.c_str(), value.c_str());
+#else
+    setenv(name.c_str(), value.c_str(), 1);
+#endif
+}
+
+void unset_variable(const std::string& name) {
+#ifdef _WIN32
+    _putenv_s(name.c_str(), "");
+#else
+    unsetenv(name.c_str());
+#endif
+}
+
+}  // namespace
+
+// A name nobody else has: create_directory refuses one that exists.
 TempDir::TempDir() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "qz32-test-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-    path_ = pattern;
+    std::random_device source;
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const auto candidate =
+            std::filesystem::temp_directory_path() / ("qz32-test-" + std::to_string(source()) + std::to_string(source()));
+        if (std::filesystem::create_directory(candidate)) {
+            path_ = candidate;
+            return;
+        }
+    }
+    throw std::runtime_error("no fresh temporary folder");
 }
 
 TempDir::~TempDir() {
@@ -32,14 +60,14 @@ ScopedEnv::ScopedEnv(std::string name, const std::string& value) : name_(std::mo
         had_value_ = true;
         old_value_ = old;
     }
-    setenv(name_.c_str(), value.c_str(), 1);
+    set_variable(name_, value);
 }
 
 ScopedEnv::~ScopedEnv() {
     if (had_value_)
-        setenv(name_.c_str(), old_value_.c_str(), 1);
+        set_variable(name_, old_value_);
     else
-        unsetenv(name_.c_str());
+        unset_variable(name_);
 }
 
 }  // namespace qz::test

@@ -1,0 +1,4 @@
+set(QZ_32_MINGW_TRIPLET x86_64-w64-mingw32)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(QZ_32_WINE_PROGRAM wine64)
+include(${CMAKE_CURRENT_LIST_DIR}/windows-mingw.cmake)

@@ -1,0 +1,132 @@
+// The Windows backend of the platform layer under the real system calls.
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "platform/gbk.h"
+#include "platform/module.h"
+#include "platform/paths.h"
+#include "platform/platform.h"
+#include "platform/random.h"
+#include "support/temp_dir.h"
+
+namespace qz::platform {
+namespace {
+
+std::string to_gbk(const std::vector<std::uint16_t>& units, std::size_t room) {
+    std::vector<std::uint8_t> bytes;
+    for (auto unit : units) {
+        bytes.push_back(static_cast<std::uint8_t>(unit & 0xFF));
+        bytes.push_back(static_cast<std::uint8_t>(unit >> 8));
+    }
+    std::string out(room, '\0');
+    out.resize(ucs2le_to_gbk(bytes, out));
+    return out;
+}
+
+TEST(WindowsGbk, ConvertsThroughCodePage936) {
+    struct Case {
+        const char* what;
+        std::vector<std::uint16_t> units;
+        std::size_t room;
+        std::string gbk;
+    };
+    const Case cases[] = {
+        {"ASCII", {'A', 'b', '1'}, 16, "Ab1"},
+        {"CJK", {0x4E2D, 0x6587}, 16, "\xD6\xD0\xCE\xC4"},
+        {"stops at the zero unit", {'A', 0, 'B'}, 16, "A"},
+        {"a unit without a GBK form", {'A', 0x0E01, 'B'}, 16, "A?B"},
+        {"an unpaired surrogate", {0xD800, 'B'}, 16, "?B"},
+        {"a character that does not fit whole is left out", {'A', 0x4E2D}, 2, "A"},
+        {"no room", {'A'}, 0, ""},
+    };
+    for (const auto& c : cases) EXPECT_EQ(to_gbk(c.units, c.room), c.gbk) << c.what;
+}
+
+TEST(WindowsModules, LoadsComponentsByTheirDllNames) {
+    EXPECT_EQ(module_file_name("GetInfo.dll"), "GetInfo.dll");
+    // The test program sits beside the DLLs.
+    const auto folder = own_module_folder();
+    ASSERT_TRUE(std::filesystem::exists(folder / "qz_32.dll")) << folder;
+    const Module photo = Module::load_from(folder, "GetInfo.dll");
+    ASSERT_TRUE(photo);
+    EXPECT_NE(photo.symbol("GetBmp"), nullptr);
+    EXPECT_EQ(photo.symbol("NoSuchFunction"), nullptr);
+    EXPECT_FALSE(Module::load("NoSuchComponent.dll"));
+    EXPECT_FALSE(Module::load_from({}, "GetInfo.dll"));
+}
+
+// The log's cleaning leaves alone folders with any attribute beyond "folder".
+TEST(WindowsPaths, OnlyFoldersWithoutOtherAttributesArePlain) {
+    const test::TempDir dir;
+    const auto make = [&](const char* name, DWORD extra) {
+        const auto folder = dir.path() / name;
+        std::filesystem::create_directory(folder);
+        if (extra != 0) SetFileAttributesA(folder.string().c_str(), FILE_ATTRIBUTE_DIRECTORY | extra);
+        return folder;
+    };
+    EXPECT_TRUE(is_plain_folder(make("20200101", 0)));
+    EXPECT_FALSE(is_plain_folder(make("20200102", FILE_ATTRIBUTE_HIDDEN)));
+    EXPECT_FALSE(is_plain_folder(make("20200103", FILE_ATTRIBUTE_SYSTEM)));
+    EXPECT_FALSE(is_plain_folder(dir.path() / "missing"));
+    std::ofstream(dir.path() / "20200104") << "a file";
+    EXPECT_FALSE(is_plain_folder(dir.path() / "20200104"));
+    SetFileAttributesA((dir.path() / "20200103").string().c_str(), FILE_ATTRIBUTE_DIRECTORY);
+}
+
+TEST(WindowsSerial, PortsThatDoNotExistAreUnavailable) {
+    auto& os = system_platform();
+    const SerialSettings settings{.baud = 9600, .read_timeout_ms = 10};
+    EXPECT_EQ(os.serial_open("\\\\.\\COM32", settings), static_cast<int>(SerialOpenError::unavailable));
+    EXPECT_EQ(os.serial_open("NUL-NOT-A-PORT", settings), static_cast<int>(SerialOpenError::unavailable));
+}
+
+// Numbers the platform never handed out are refused by every operation,
+// including the standard handles and 0.
+TEST(WindowsHandles, OnlyOwnHandlesAreActedOn) {
+    auto& os = system_platform();
+    const int stdout_number = static_cast<int>(HandleToLong(GetStdHandle(STD_OUTPUT_HANDLE)));
+    for (int handle : {0, 1, -1, stdout_number, 0x7FFFFFF0}) {
+        std::uint8_t byte = 0;
+        std::uint8_t report[8] = {6};
+        EXPECT_FALSE(os.serial_write(handle, 0x02)) << handle;
+        EXPECT_EQ(os.serial_read(handle, byte), ByteRead::failed) << handle;
+        EXPECT_FALSE(os.hid_set_feature(handle, report)) << handle;
+        EXPECT_FALSE(os.hid_get_feature(handle, report)) << handle;
+        EXPECT_FALSE(os.hid_identity(handle)) << handle;
+        EXPECT_FALSE(os.hid_feature_report_length(handle)) << handle;
+        EXPECT_FALSE(os.close(handle)) << handle;
+    }
+    EXPECT_NE(GetFileType(GetStdHandle(STD_OUTPUT_HANDLE)), static_cast<DWORD>(FILE_TYPE_UNKNOWN));
+}
+
+TEST(WindowsTime, TicksFollowSleepAndLocalTimeIsADate) {
+    auto& os = system_platform();
+    const std::uint32_t before = os.tick_ms();
+    os.sleep_ms(100);
+    // The tick count moves in steps of up to about 16 ms.
+    const std::uint32_t slept = os.tick_ms() - before;
+    EXPECT_GE(slept, 70u);
+    EXPECT_LT(slept, 5000u);
+    const LocalTime now = os.local_time();
+    EXPECT_GE(now.year, 2020);
+    EXPECT_TRUE(now.month >= 1 && now.month <= 12);
+    EXPECT_TRUE(now.day >= 1 && now.day <= 31);
+    EXPECT_TRUE(now.millisecond >= 0 && now.millisecond <= 999);
+}
+
+TEST(WindowsRandom, DrawsDiffer) {
+    std::uint8_t first[16] = {};
+    std::uint8_t second[16] = {};
+    random_bytes(first);
+    random_bytes(second);
+    EXPECT_NE(std::memcmp(first, second, sizeof first), 0);
+}
+
+}  // namespace
+}  // namespace qz::platform
