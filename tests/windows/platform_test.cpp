@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <string>
@@ -84,6 +85,32 @@ TEST(WindowsSerial, PortsThatDoNotExistAreUnavailable) {
     const SerialSettings settings{.baud = 9600, .read_timeout_ms = 10};
     EXPECT_EQ(os.serial_open("\\\\.\\COM32", settings), static_cast<int>(SerialOpenError::unavailable));
     EXPECT_EQ(os.serial_open("NUL-NOT-A-PORT", settings), static_cast<int>(SerialOpenError::unavailable));
+}
+
+// The port's control block and time-outs as the settings ask, on the COM port
+// that scripts/windows.sh maps to qzsim (skipped without one). Wine on a
+// pseudo-terminal keeps other framings unreliably, so only 8N1 is asked for.
+TEST(WindowsSerial, OpenSetsSpeedFlowControlAndTimeouts) {
+    const char* port = std::getenv("QZ_32_WINDOWS_COM_PORT");
+    if (port == nullptr) GTEST_SKIP() << "no COM port mapped";
+    auto& os = system_platform();
+    const std::string name = "\\\\.\\COM" + std::to_string(std::atoi(port) + 1);
+    const int handle = os.serial_open(name, {.baud = 57600, .read_timeout_ms = 321});
+    ASSERT_GT(handle, 1);
+    DCB control{};
+    control.DCBlength = sizeof control;
+    COMMTIMEOUTS timeouts{};
+    ASSERT_TRUE(GetCommState(LongToHandle(handle), &control));
+    ASSERT_TRUE(GetCommTimeouts(LongToHandle(handle), &timeouts));
+    EXPECT_EQ(control.BaudRate, 57600u);
+    EXPECT_EQ(control.ByteSize, 8);
+    EXPECT_EQ(control.StopBits, ONESTOPBIT);
+    EXPECT_EQ(control.Parity, NOPARITY);
+    EXPECT_FALSE(control.fOutxCtsFlow || control.fOutX || control.fInX);
+    EXPECT_EQ(timeouts.ReadTotalTimeoutConstant, 321u);
+    EXPECT_EQ(timeouts.ReadIntervalTimeout, 500u);
+    EXPECT_EQ(timeouts.WriteTotalTimeoutConstant, 500u);
+    EXPECT_TRUE(os.close(handle));
 }
 
 // Numbers the platform never handed out are refused by every operation,
