@@ -3,6 +3,7 @@
 # "fuzz", "windows-x86_64", "windows-i686").
 set -euo pipefail
 cd "$(dirname "$0")/.."
+source scripts/compiler_cache.sh
 preset="${1:-default}"
 # A Windows build runs the LCD font generator of the native build.
 if [[ "$preset" == windows-* ]]; then

@@ -3,7 +3,7 @@
 set -euo pipefail
 
 packages=(
-  build-essential cmake pkg-config clang libclang-rt-14-dev
+  build-essential cmake ccache pkg-config clang libclang-rt-14-dev
   libgtest-dev libgmock-dev libbenchmark-dev libssl-dev
   nlohmann-json3-dev libcli11-dev libfuse3-dev fuse3 libstb-dev
   libfreetype-dev fonts-wqy-zenhei xfonts-unifont

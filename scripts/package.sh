@@ -6,6 +6,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/deps.sh
+source scripts/compiler_cache.sh
 cmake -S . -B build/package -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_INSTALL_PREFIX=/usr \
   -DQZ_32_BUILD_TESTS=OFF -DQZ_32_WERROR=ON >/dev/null
 cmake --build build/package -j"$(nproc)"

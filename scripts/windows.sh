@@ -8,6 +8,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/deps.sh
+source scripts/compiler_cache.sh
 jobs=$(nproc)
 
 # The native build gives the LCD font generator and qzsim.
