@@ -2,7 +2,9 @@
 // it: the simulated terminal, or a test's script of a terminal.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -13,6 +15,12 @@ public:
     virtual ~Responder() = default;
     // The bytes that go back on the wire for one whole request frame; none is silence.
     virtual std::vector<std::uint8_t> answer(std::span<const std::uint8_t> request_frame) = 0;
+    // A reply is held back (for a person to act) and not yet given.
+    virtual bool holding() const { return false; }
+    // The held reply's bytes once ready; nothing while it still waits.
+    virtual std::optional<std::vector<std::uint8_t>> release(std::chrono::steady_clock::time_point) {
+        return std::nullopt;
+    }
 };
 
 }  // namespace qz::sim

@@ -1,5 +1,7 @@
 #include "sim/core/simulator.h"
 
+#include "sim/core/json_values.h"
+
 #include "sim/models/cards/card_reader_model.h"
 #include "sim/models/control/control_model.h"
 #include "sim/models/identity/identity_model.h"
@@ -21,8 +23,17 @@ std::shared_ptr<Terminal> make_terminal(const Scenario& scenario) {
     auto terminal = std::make_shared<Terminal>(FaultPlan(scenario.faults), scenario.shared);
     terminal->add_model(std::make_unique<ControlModel>(scenario.control, terminal->shared()));
     terminal->add_model(std::make_unique<IdentityModel>(parse_identity(scenario.document)));
-    terminal->add_model(std::make_unique<KeypadModel>(parse_keypad(scenario.document)));
-    terminal->add_model(std::make_unique<PinPadModel>(parse_pinpad(scenario.document)));
+    // PIN entries come from the script, or from a person at the keys (a web panel's user).
+    if (const auto typing = scenario.document.find("person_types_pins"); typing != scenario.document.end()) {
+        if (!typing->is_boolean()) throw ScenarioError("person_types_pins: expected true or false");
+        terminal->person().typing = typing->get<bool>();
+    }
+    auto keypad = parse_keypad(scenario.document);
+    keypad.entries.attach(terminal->person());
+    terminal->add_model(std::make_unique<KeypadModel>(std::move(keypad)));
+    auto pinpad = parse_pinpad(scenario.document);
+    pinpad.entries.attach(terminal->person());
+    terminal->add_model(std::make_unique<PinPadModel>(std::move(pinpad)));
     terminal->add_model(std::make_unique<LcdModel>());
     terminal->add_model(std::make_unique<ScreenModel>(parse_screen(scenario.document)));
     if (const auto cards = parse_cards(scenario.document))

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "sim/core/frame_codec.h"
+#include "sim/core/held_reply.h"
 #include "sim/core/status.h"
 
 namespace qz::sim {
@@ -59,7 +60,14 @@ bool Terminal::serves_instructions_of(std::uint8_t class_byte) const {
     return first != instruction_owner_.end() && first->first.first == class_byte;
 }
 
+Reply Reply::hold(HeldReply waiting) {
+    Reply reply;
+    reply.held = std::make_shared<const HeldReply>(std::move(waiting));
+    return reply;
+}
+
 std::vector<std::uint8_t> Terminal::answer(std::span<const std::uint8_t> request_frame) {
+    held_.reset();
     const auto payload = frame_payload(request_frame);
     std::optional<Fault> fault;
     if (payload && payload->size() >= 2) fault = faults_.take((*payload)[0], (*payload)[1]);
@@ -71,8 +79,35 @@ std::vector<std::uint8_t> Terminal::answer(std::span<const std::uint8_t> request
         reply = Reply::failure(fault->status);
     else
         reply = execute(*payload);
-    if (reply.silent) return {};
+    const auto request = payload ? *payload : std::span<const std::uint8_t>{};
+    if (reply.held) {
+        held_ = std::make_unique<Held>(Held{reply.held, {request.begin(), request.end()}, fault});
+        return {};
+    }
+    return send(reply, request, fault);
+}
 
+std::optional<std::vector<std::uint8_t>> Terminal::release(std::chrono::steady_clock::time_point now) {
+    if (!held_) return std::nullopt;
+    auto reply = held_->reply->ready();
+    if (!reply && now < held_->reply->deadline) return std::nullopt;
+    const auto held = std::move(held_);
+    return send(reply ? *reply : held->reply->on_timeout, held->request, held->fault);
+}
+
+std::optional<Terminal::Waiting> Terminal::waiting(std::chrono::steady_clock::time_point now) const {
+    if (!held_) return std::nullopt;
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(held_->reply->deadline - now);
+    return Waiting{held_->reply->waiting_for, std::max(left, std::chrono::milliseconds(0))};
+}
+
+std::vector<std::uint8_t> Terminal::send(const Reply& reply, std::span<const std::uint8_t> request,
+                                         const std::optional<Fault>& fault) {
+    if (exchange_listener_)
+        exchange_listener_({{request.begin(), request.end()},
+                            reply.silent ? std::nullopt : std::optional(reply.status),
+                            reply.data});
+    if (reply.silent) return {};
     auto frame = encode_frame(reply_payload(reply.status, reply.data));
     return fault ? damage(*fault, std::move(frame)) : frame;
 }

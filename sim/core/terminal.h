@@ -3,14 +3,19 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <span>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "sim/core/faults.h"
+#include "sim/core/person.h"
 #include "sim/core/responder.h"
 
 namespace qz::sim {
@@ -25,13 +30,25 @@ struct Command {
     std::span<const std::uint8_t> body() const { return payload.subspan(2); }
 };
 
+struct HeldReply;
+
 struct Reply {
     std::uint16_t status = 0;
     std::vector<std::uint8_t> data;
     bool silent = false;  // the device doesn't answer: no reply frame at all
+    // Not yet: the reply waits for a person (see held_reply.h).
+    std::shared_ptr<const HeldReply> held{};
 
     static Reply failure(std::uint16_t status) { return {status, {}}; }
     static Reply none() { return {0, {}, true}; }
+    static Reply hold(HeldReply waiting);
+};
+
+// One request and the reply that went back, as a traffic view shows them.
+struct Exchange {
+    std::vector<std::uint8_t> request;  // the payload: class, instruction, body
+    std::optional<std::uint16_t> status;  // nothing: no reply went back
+    std::vector<std::uint8_t> reply;    // the reply's data
 };
 
 // The part of the command space a model answers: one class, either all of its
@@ -82,14 +99,41 @@ public:
 
     SharedState& shared() { return shared_; }
     FaultPlan& faults() { return faults_; }
+    Person& person() { return person_; }
 
     // Carries out one request payload.
     Reply execute(std::span<const std::uint8_t> payload);
 
-    // Exactly one reply frame, unless a fault of the scenario says otherwise.
+    // The bytes that go back on the wire for one whole request frame: exactly
+    // one reply frame, unless a fault of the scenario says otherwise.
+    // A held reply leaves nothing to send yet, until release gives it; a new
+    // request drops a held reply (the host has given up on it).
     std::vector<std::uint8_t> answer(std::span<const std::uint8_t> request_frame) override;
 
+    bool holding() const override { return held_ != nullptr; }
+    // The held reply's bytes once the person has acted or the time is up;
+    // nothing while it still waits.
+    std::optional<std::vector<std::uint8_t>> release(std::chrono::steady_clock::time_point now) override;
+
+    // What a held reply waits for and the time left.
+    struct Waiting {
+        std::string what;
+        std::chrono::milliseconds left;
+    };
+    std::optional<Waiting> waiting(std::chrono::steady_clock::time_point now) const;
+
+    // Called with every request answered (a held one once released).
+    void on_exchange(std::function<void(const Exchange&)> listener) { exchange_listener_ = std::move(listener); }
+
 private:
+    struct Held {
+        std::shared_ptr<const HeldReply> reply;
+        std::vector<std::uint8_t> request;
+        std::optional<Fault> fault;
+    };
+    std::vector<std::uint8_t> send(const Reply& reply, std::span<const std::uint8_t> request,
+                                   const std::optional<Fault>& fault);
+
     // Some model serves single instructions of this class.
     bool serves_instructions_of(std::uint8_t class_byte) const;
 
@@ -99,6 +143,9 @@ private:
     std::multimap<std::pair<std::uint8_t, std::uint8_t>, DeviceModel*> instruction_sharers_;
     FaultPlan faults_;
     SharedState shared_;
+    Person person_;
+    std::unique_ptr<Held> held_;
+    std::function<void(const Exchange&)> exchange_listener_;
 };
 
 }  // namespace qz::sim

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "sim/core/held_reply.h"
+
 namespace qz::sim {
 
 HidEndpoint::HidEndpoint(Responder& terminal, std::uint16_t report_length)
@@ -29,6 +31,13 @@ bool HidEndpoint::set_feature(std::span<const std::uint8_t> report) {
 }
 
 std::optional<std::size_t> HidEndpoint::get_feature(std::span<std::uint8_t> report) {
+    if (!reply_pending() && terminal_.holding()) {
+        // Busy until the held reply is released; then it goes out like any other.
+        if (auto released = terminal_.release(HoldClock::now())) {
+            reply_ = std::move(*released);
+            sent_ = 0;
+        }
+    }
     if (report.size() < report_length_ || report[0] != feature_report_id || !reply_pending()) return std::nullopt;
     const std::size_t count = std::min(hid_piece_length, reply_.size() - sent_);
     const auto out = report.first(report_length_);

@@ -17,6 +17,8 @@ namespace {
 // A request that stops halfway for this long is dropped, as a terminal's
 // time-out between bytes would.
 constexpr int inter_byte_timeout_ms = 1000;
+// How often a reply held for a person is looked at.
+constexpr int held_reply_check_ms = 20;
 
 [[noreturn]] void fail(const char* what) { throw std::system_error(errno, std::generic_category(), what); }
 
@@ -63,16 +65,18 @@ void PtyServer::serve() {
     for (;;) {
         std::array<pollfd, 2> fds{{{master_.get(), static_cast<short>(POLLIN | (unsent_.empty() ? 0 : POLLOUT)), 0},
                                    {stop_.get(), POLLIN, 0}}};
-        const bool midway = [&] {
+        const auto [midway, holding] = [&] {
             std::lock_guard guard(lock_);
-            return endpoint_.receiving();
+            return std::pair{endpoint_.receiving(), endpoint_.holding()};
         }();
-        const int ready = ::poll(fds.data(), fds.size(), midway ? inter_byte_timeout_ms : -1);
+        const int wait_ms = midway ? inter_byte_timeout_ms : holding ? held_reply_check_ms : -1;
+        const int ready = ::poll(fds.data(), fds.size(), wait_ms);
         if (ready < 0 && errno != EINTR) return;
         if (fds[1].revents != 0) return;
         if (ready == 0) {
             std::lock_guard guard(lock_);
-            endpoint_.purge();
+            if (midway) endpoint_.purge();
+            while (const auto byte = endpoint_.transmit()) unsent_.push_back(*byte);
             continue;
         }
         if ((fds[0].revents & (POLLERR | POLLNVAL)) || !exchange(fds[0].revents)) return;

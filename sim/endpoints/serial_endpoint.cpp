@@ -1,5 +1,7 @@
 #include "sim/endpoints/serial_endpoint.h"
 
+#include "sim/core/held_reply.h"
+
 namespace qz::sim {
 
 void SerialEndpoint::receive(std::span<const std::uint8_t> bytes) {
@@ -13,6 +15,10 @@ void SerialEndpoint::receive(std::span<const std::uint8_t> bytes) {
 }
 
 std::optional<std::uint8_t> SerialEndpoint::transmit() {
+    if (output_.empty() && terminal_.holding()) {
+        if (const auto released = terminal_.release(HoldClock::now()))
+            output_.insert(output_.end(), released->begin(), released->end());
+    }
     if (output_.empty()) return std::nullopt;
     const std::uint8_t byte = output_.front();
     output_.pop_front();

@@ -20,8 +20,10 @@ public:
     // frame is answered at once.
     void receive(std::span<const std::uint8_t> bytes);
 
-    // The next reply byte to send, if any.
+    // The next reply byte to send, if any (a held reply once released).
     std::optional<std::uint8_t> transmit();
+    // A reply is held for a person: worth asking transmit again soon.
+    bool holding() const { return terminal_.holding(); }
     std::size_t pending() const { return output_.size(); }
     // A request has begun and is not yet whole.
     bool receiving() const { return request_.started(); }

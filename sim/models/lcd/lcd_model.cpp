@@ -59,7 +59,7 @@ Reply LcdModel::handle(const Command& command) {
 }
 
 Reply LcdModel::changed() {
-    if (listener_) listener_(*this);
+    for (const auto& listener : listeners_) listener(*this);
     return {};
 }
 

@@ -41,8 +41,8 @@ public:
     // The pixels as RGB bytes, lit pixels dark on a light green ground.
     std::vector<std::uint8_t> rgb() const;
 
-    // Called after every command that changed what the LCD shows.
-    void on_change(std::function<void(const LcdModel&)> listener) { listener_ = std::move(listener); }
+    // Adds a listener, called after every command that changed what the LCD shows.
+    void on_change(std::function<void(const LcdModel&)> listener) { listeners_.push_back(std::move(listener)); }
 
 private:
     Reply cells(std::span<const std::uint8_t> body);
@@ -53,7 +53,7 @@ private:
     std::array<bool, lcd_width * lcd_height> pixels_{};
     std::optional<std::uint8_t> brightness_;
     std::optional<std::uint8_t> backlight_delay_;
-    std::function<void(const LcdModel&)> listener_;
+    std::vector<std::function<void(const LcdModel&)>> listeners_;
 };
 
 }  // namespace qz::sim

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "sim/core/held_reply.h"
 #include "sim/core/json_values.h"
+#include "sim/core/status.h"
 
 namespace qz::sim {
 
@@ -32,6 +34,37 @@ std::optional<char> KeyEntries::take_key() {
     front.erase(0, 1);
     if (front.empty()) entries_.pop_front();
     return key;
+}
+
+Reply KeyEntries::answer_entry(std::size_t longest, std::chrono::seconds wait,
+                               std::function<Reply(const std::string&)> finish) {
+    if (!person_types()) {
+        const auto digits = take_entry(longest);
+        return digits ? finish(*digits) : Reply::failure(status::entry_timed_out);
+    }
+    person_->forget();  // keys pressed before the prompt count for nothing
+    return held("PIN", wait, [person = person_, longest, finish = std::move(finish)]() -> std::optional<Reply> {
+        if (person->cancelled()) return Reply::failure(status::entry_timed_out);
+        const auto digits = person->take_entry(longest);
+        return digits ? std::optional(finish(*digits)) : std::nullopt;
+    });
+}
+
+Reply KeyEntries::answer_key(std::chrono::seconds wait, std::function<Reply(char)> finish) {
+    if (!person_types()) {
+        const auto key = take_key();
+        return key ? finish(*key) : Reply::failure(status::entry_timed_out);
+    }
+    return held("key", wait, [person = person_, finish = std::move(finish)]() -> std::optional<Reply> {
+        if (person->cancelled()) return Reply::failure(status::entry_timed_out);
+        const auto key = person->take_key();
+        return key ? std::optional(finish(*key)) : std::nullopt;
+    });
+}
+
+Reply KeyEntries::held(std::string what, std::chrono::seconds wait, std::function<std::optional<Reply>()> ready) {
+    return Reply::hold({std::move(what), HoldClock::now() + wait, std::move(ready),
+                        Reply::failure(status::entry_timed_out)});
 }
 
 }  // namespace qz::sim

@@ -1,15 +1,22 @@
-// What a person types on a simulated keypad or PIN pad, from the scenario: a queue
-// of entries, each the digits of one PIN, which the device takes in order.
+// What a person types on a simulated keypad or PIN pad: from the scenario, a queue
+// of entries, each the digits of one PIN, which the device takes in order; or,
+// while the terminal's Person is typing, the keys they press, the reply held
+// until they end the entry or its time is up.
 //
 //   "entries": ["123456", "4321"]
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 
 #include <nlohmann/json.hpp>
+
+#include "sim/core/person.h"
+#include "sim/core/terminal.h"
 
 namespace qz::sim {
 
@@ -27,8 +34,22 @@ public:
 
     std::size_t pending() const { return entries_.size(); }
 
+    // Keys come from `person` while they are typing.
+    void attach(Person& person) { person_ = &person; }
+
+    // The reply to an entry of at most `longest` digits: `finish` of the
+    // digits, or entry_timed_out when none come within `wait`.
+    Reply answer_entry(std::size_t longest, std::chrono::seconds wait,
+                       std::function<Reply(const std::string&)> finish);
+    // The same for a single key press.
+    Reply answer_key(std::chrono::seconds wait, std::function<Reply(char)> finish);
+
 private:
+    bool person_types() const { return person_ != nullptr && person_->typing; }
+    Reply held(std::string what, std::chrono::seconds wait, std::function<std::optional<Reply>()> ready);
+
     std::deque<std::string> entries_;
+    Person* person_ = nullptr;
 };
 
 }  // namespace qz::sim

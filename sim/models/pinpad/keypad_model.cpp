@@ -52,16 +52,20 @@ Reply KeypadModel::handle(const Command& command) {
     if (mode == protected_way && keypad_command[2] >= keypad_key_rows) return Reply::failure(status::out_of_range);
 
     keep_recent(letters_, letter);
-    const auto digits = config_.entries.take_entry(longest_entry);
-    if (!digits) return Reply::failure(status::entry_timed_out);
-    if (mode == clear) return {status::ok, {digits->begin(), digits->end()}};
-    return protected_entry(keypad_command, *digits);
-}
-
-Reply KeypadModel::protected_entry(std::span<const std::uint8_t> keypad_command, const std::string& digits) const {
+    const std::chrono::seconds wait(body[2]);
+    if (mode == clear)
+        return config_.entries.answer_entry(longest_entry, wait, [](const std::string& digits) {
+            return Reply{status::ok, {digits.begin(), digits.end()}};
+        });
     DesBlock wrapped{};
     std::copy_n(keypad_command.begin() + 3, wrapped.size(), wrapped.begin());
     const DesBlock session_key = des_decrypt(wrapped, key_table_[keypad_command[2]]);
+    return config_.entries.answer_entry(longest_entry, wait, [session_key](const std::string& digits) {
+        return protected_entry(session_key, digits);
+    });
+}
+
+Reply KeypadModel::protected_entry(const DesBlock& session_key, const std::string& digits) {
 
     std::vector<std::uint8_t> data(digits.size() > 8 ? 16 : 8, 0x00);
     std::copy(digits.begin(), digits.end(), data.begin());

@@ -11,7 +11,8 @@
 //   the digits keyed, filled up with zeros to 8 bytes (16 when more than 8 digits were
 //   keyed), each block enciphered under the session key.
 // The keypad takes at most 16 keys an entry. With no entry left in the scenario it
-// answers entry_timed_out, as when no one types before the time-out.
+// answers entry_timed_out, as when no one types before the time-out; while a
+// person types, it waits the command's timeout (seconds) for them.
 //
 //   "keypad": { "entries": ["123456", "4321"] }
 #pragma once
@@ -20,6 +21,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "sim/models/pinpad/des_cipher.h"
 #include "sim/models/pinpad/key_entries.h"
 #include "sim/models/pinpad/keypad_key_table.h"
 #include "sim/core/terminal.h"
@@ -46,7 +48,7 @@ public:
     std::size_t entries_left() const { return config_.entries.pending(); }
 
 private:
-    Reply protected_entry(std::span<const std::uint8_t> keypad_command, const std::string& digits) const;
+    static Reply protected_entry(const DesBlock& session_key, const std::string& digits);
 
     KeypadConfig config_;
     std::array<KeypadKey, keypad_key_rows> key_table_;

@@ -167,9 +167,9 @@ Reply PinPadModel::clear_entry(Body body) {
     if (!(selector ? std::ranges::equal(tail, Bytes{0x0D, 0x0A}) : tail.empty()))
         return Reply::failure(status::wrong_length);
     keep_recent(openings_, opening->name);
-    const auto digits = config_.entries.take_entry(config_.pin_length);
-    if (!digits) return Reply::failure(status::entry_timed_out);
-    return {status::ok, {digits->begin(), digits->end()}};
+    return config_.entries.answer_entry(config_.pin_length, wait(), [](const std::string& digits) {
+        return Reply{status::ok, {digits.begin(), digits.end()}};
+    });
 }
 
 Reply PinPadModel::encrypted_entry(Body body) {
@@ -191,22 +191,26 @@ Reply PinPadModel::entry_without_card(Body body) {
 }
 
 Reply PinPadModel::next_key(bool shown_as_star) {
-    const auto key = config_.entries.take_key();
-    if (!key) return Reply::failure(status::entry_timed_out);
-    return ok(std::array{static_cast<std::uint8_t>(shown_as_star ? '*' : *key)});
+    return config_.entries.answer_key(wait(), [shown_as_star](char key) {
+        return ok(std::array{static_cast<std::uint8_t>(shown_as_star ? '*' : key)});
+    });
 }
 
 Reply PinPadModel::pin_block(std::uint8_t work, Body account) {
     if (work >= pad_key_count) return Reply::failure(status::out_of_range);
     const Bytes& key = config_.work_keys[work];
     if (key.empty()) return Reply::failure(status::key_missing);
-    const auto digits = config_.entries.take_entry(std::min<std::size_t>(config_.pin_length, longest_block_pin));
-    if (!digits) return Reply::failure(status::entry_timed_out);
-    if (digits->size() < shortest_block_pin) return Reply::failure(status::wrong_data);
-    Bytes block = pin_field(*digits);
-    std::ranges::transform(block, account, block.begin(), std::bit_xor{});
-    encipher_blocks(block, key);
-    return ok(block);
+    return config_.entries.answer_entry(
+        std::min<std::size_t>(config_.pin_length, longest_block_pin), wait(),
+        [key, account = Bytes(account.begin(), account.end())](const std::string& digits) {
+            if (digits.size() < shortest_block_pin) return Reply::failure(status::wrong_data);
+            Bytes block = pin_field(digits);
+            std::ranges::transform(block, account, block.begin(), std::bit_xor{});
+            encipher_blocks(block, key);
+            return ok(block);
+        });
 }
+
+std::chrono::seconds PinPadModel::wait() const { return std::chrono::seconds(config_.timeout_seconds); }
 
 }  // namespace qz::sim

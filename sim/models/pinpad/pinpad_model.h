@@ -30,6 +30,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -86,6 +87,8 @@ private:
     Reply set_output_mode(std::span<const std::uint8_t> body);
 
     Reply next_key(bool shown_as_star);
+    // How long a person has for an entry.
+    std::chrono::seconds wait() const;
     // The PIN block of the next entry under work key `work`, with `account` the
     // eight bytes of the account field.
     Reply pin_block(std::uint8_t work, std::span<const std::uint8_t> account);

@@ -80,7 +80,7 @@ Reply ScreenModel::handle(const Command& command) {
 }
 
 Reply ScreenModel::changed() {
-    if (listener_) listener_(visible_);
+    for (const auto& listener : listeners_) listener(visible_);
     return ok();
 }
 

@@ -56,8 +56,8 @@ public:
     std::optional<std::uint16_t> sleep_time() const { return sleep_time_; }
     std::uint8_t vendor() const { return vendor_; }
 
-    // Called after every command that changed what the screen shows.
-    void on_change(std::function<void(const FrameBuffer&)> listener) { listener_ = std::move(listener); }
+    // Adds a listener, called after every command that changed what the screen shows.
+    void on_change(std::function<void(const FrameBuffer&)> listener) { listeners_.push_back(std::move(listener)); }
 
 private:
     // Paints or stores the content of a finished transfer.
@@ -89,7 +89,7 @@ private:
     std::optional<std::uint16_t> sleep_time_;
     std::uint8_t vendor_;
     std::optional<Transfer> transfer_;
-    std::function<void(const FrameBuffer&)> listener_;
+    std::vector<std::function<void(const FrameBuffer&)>> listeners_;
 };
 
 }  // namespace qz::sim
