@@ -9,6 +9,7 @@ packages=(
   libfreetype-dev fonts-wqy-zenhei xfonts-unifont
   python3-venv python3-setuptools python3-wheel python3-pytest mypy
   g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix googletest wine64
+  libcpp-httplib-dev chromium chromium-driver python3-selenium
 )
 
 missing=()

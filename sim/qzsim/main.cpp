@@ -1,5 +1,5 @@
-// qzsim: the simulated terminal on a pseudo-terminal (as a serial port) and/or
-// a FUSE hidraw node, until SIGINT or SIGTERM.
+// qzsim: the simulated terminal on a pseudo-terminal (as a serial port), a FUSE
+// hidraw node and/or a web panel, until SIGINT or SIGTERM.
 #include <signal.h>
 
 #include <CLI/CLI.hpp>
@@ -18,6 +18,7 @@
 #include "sim/core/scenario.h"
 #include "sim/core/scenario_folder.h"
 #include "sim/endpoints/serial_endpoint.h"
+#include "sim/endpoints/web/web_panel.h"
 #include "sim/core/simulator.h"
 #include "sim/models/lcd/lcd_model.h"
 #include "sim/models/screen/png_file.h"
@@ -31,7 +32,31 @@ struct Options {
     std::string port_name = "COM1";
     std::optional<std::filesystem::path> mount_dir;
     std::optional<std::filesystem::path> screen_png;
+    std::optional<std::string> web;  // [ADDR:]PORT
+    bool web_listen_any = false;
 };
+
+constexpr const char* default_web_address = "127.0.0.1";
+constexpr int default_web_port = 8032;
+
+struct WebAddress {
+    std::string address;
+    int port;
+};
+
+// "[ADDR:]PORT", "" for the default; nothing for a malformed one.
+std::optional<WebAddress> web_address(const std::string& text) {
+    if (text.empty()) return WebAddress{default_web_address, default_web_port};
+    const auto colon = text.rfind(':');
+    const std::string port_text = colon == std::string::npos ? text : text.substr(colon + 1);
+    std::string address = colon == std::string::npos ? default_web_address : text.substr(0, colon);
+    if (address.size() > 2 && address.front() == '[' && address.back() == ']') address = address.substr(1, address.size() - 2);
+    if (port_text.empty() || port_text.size() > 5 || port_text.find_first_not_of("0123456789") != std::string::npos)
+        return std::nullopt;
+    const int port = std::stoi(port_text);
+    if (port > 65535 || address.empty()) return std::nullopt;
+    return WebAddress{address, port};
+}
 
 // The colour screen to `png` after every change, and the line LCD beside it as
 // "<name>-lcd.png" and "<name>-lcd.txt".
@@ -71,6 +96,8 @@ int serve(const Options& options) {
     const sigset_t signals = stop_signals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
+    // Declared first so it stops last: the other servers call into its listeners.
+    std::unique_ptr<qz::sim::WebPanel> web;
     std::unique_ptr<qz::sim::PtyServer> pty;
     std::unique_ptr<qz::sim::HidrawFuse> hidraw;
     if (options.ports_dir) {
@@ -81,6 +108,23 @@ int serve(const Options& options) {
         hidraw = std::make_unique<qz::sim::HidrawFuse>(hid_endpoint, lock, *options.mount_dir);
         std::cout << "hid: " << hidraw->node().string() << " (feature report 6, " << scenario.hid.report_length
                   << " bytes)\n";
+    }
+    if (options.web) {
+        const auto where = web_address(*options.web);
+        if (!where) throw std::runtime_error("--web takes [ADDR:]PORT, not \"" + *options.web + "\"");
+        if (!qz::sim::is_loopback(where->address) && !options.web_listen_any)
+            throw std::runtime_error("the web panel listens on loopback only unless --web-listen-any is given");
+        if (!qz::sim::is_loopback(where->address))
+            std::cerr << "qzsim: warning: the web panel on " << where->address
+                      << " lets anyone who reaches it drive the simulated terminal\n";
+        {
+            std::lock_guard guard(lock);
+            terminal->person().typing = true;  // the page's user keys the PINs
+        }
+        web = std::make_unique<qz::sim::WebPanel>(*terminal, lock, scenario.document,
+                                                  qz::sim::scenario_folder() / "cards", where->address, where->port);
+        std::cout << "web: http://" << (where->address.find(':') != std::string::npos ? "[" + where->address + "]" : where->address)
+                  << ':' << web->port() << "/\n";
     }
     std::cout.flush();
 
@@ -102,9 +146,12 @@ int main(int argc, char** argv) {
     app.add_option("--hid", options.mount_dir, "Directory to mount the hidraw node on");
     app.add_option("--screen", options.screen_png,
                    "PNG file of the colour screen, written after every change (the LCD goes beside it)");
+    app.add_option("--web", options.web, "Serve the web panel on [ADDR:]PORT (default 127.0.0.1:8032; port 0: any)")
+        ->expected(0, 1);
+    app.add_flag("--web-listen-any", options.web_listen_any, "Let the web panel listen on an address other than loopback");
     CLI11_PARSE(app, argc, argv);
-    if (!options.ports_dir && !options.mount_dir) {
-        std::cerr << "qzsim: give --serial PORTS_DIR, --hid MOUNT_DIR or both\n";
+    if (!options.ports_dir && !options.mount_dir && !options.web) {
+        std::cerr << "qzsim: give --serial PORTS_DIR, --hid MOUNT_DIR, --web [ADDR:]PORT or several\n";
         return 2;
     }
     try {

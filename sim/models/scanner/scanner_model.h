@@ -43,6 +43,9 @@ public:
     const ScannerLoader& loader() const { return loader_; }
     std::optional<std::uint8_t> output_mode() const { return output_mode_; }
     bool continuous() const { return continuous_; }
+    // A code held to the scanner by hand: read after those already waiting.
+    void scan(std::vector<std::uint8_t> code) { config_.codes.push_back(std::move(code)); }
+    std::size_t codes_waiting() const { return config_.codes.size(); }
 
 private:
     Reply terminal_command(const Command& command);

@@ -14,6 +14,12 @@ void append(void* context, void* data, int size) {
     static_cast<std::ofstream*>(context)->write(static_cast<const char*>(data), size);
 }
 
+void append_bytes(void* context, void* data, int size) {
+    const auto* bytes = static_cast<const std::uint8_t*>(data);
+    auto& out = *static_cast<std::vector<std::uint8_t>*>(context);
+    out.insert(out.end(), bytes, bytes + size);
+}
+
 }  // namespace
 
 bool write_rgb_png(const std::filesystem::path& path, int width, int height, std::span<const std::uint8_t> rgb) {
@@ -27,6 +33,12 @@ bool write_rgb_png(const std::filesystem::path& path, int width, int height, std
     std::error_code error;
     std::filesystem::rename(temporary, path, error);
     return !error;
+}
+
+std::vector<std::uint8_t> encode_rgb_png(int width, int height, std::span<const std::uint8_t> rgb) {
+    std::vector<std::uint8_t> png;
+    stbi_write_png_to_func(append_bytes, &png, width, height, 3, rgb.data(), width * 3);
+    return png;
 }
 
 }  // namespace qz::sim

@@ -37,6 +37,12 @@ public:
     Reply handle(const Command& command) override;
 
     std::optional<std::uint8_t> mode() const { return mode_; }
+    // A card swiped by hand: the next read finds these tracks.
+    void swipe(const std::array<std::vector<std::uint8_t>, 3>& tracks) {
+        config_.tracks = tracks;
+        config_.reads_before_swipe = 0;
+    }
+    const std::optional<std::array<std::vector<std::uint8_t>, 3>>& tracks() const { return config_.tracks; }
 
 private:
     StripeConfig config_;

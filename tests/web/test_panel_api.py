@@ -1,0 +1,86 @@
+"""The web panel's JSON API against a running qzsim: bad bodies refused with
+a reason and nothing changed, cards, keys and the screen as a host's CI drives them."""
+
+from __future__ import annotations
+
+import struct
+import time
+import urllib.request
+
+import pytest
+
+from conftest import Panel, start_qzsim
+
+BAD_BODIES = [
+    ("cards/insert", b"{not json", "no JSON"),
+    ("cards/insert", b"[1, 2]", "no JSON object"),
+    ("cards/insert", b'{"place": "field"}', '"profile" is missing'),
+    ("cards/insert", b'{"place": "field", "profile": "../default"}', "none of the card profiles"),
+    ("cards/insert", b'{"place": "field", "profile": "contactless_qpboc"}', "already in the field"),
+    ("cards/insert", b'{"place": "slot", "slot": 5, "profile": "contact_pboc"}', "0 to 4"),
+    ("cards/insert", b'{"place": "roof", "profile": "contact_pboc"}', '"field" or "slot"'),
+    ("cards/remove", b'{"place": "slot", "slot": 4}', "no card is in the slot 4"),
+    ("identity", b'{"card": "nobody"}', "identity cards"),
+    ("stripe", b'{"tracks": ["a", "b"]}', "three texts"),
+    ("stripe", b'{"tracks": ["a", "b", "\\u0001"]}', "printable"),
+    ("scan", b'{"code": ""}', "empty"),
+    ("scan", b'{"code": 42}', "no text"),
+    ("keys", b'{"keys": "12Z"}', "digits, E (enter)"),
+    ("person", b'{"typing": "yes"}', "true or false"),
+    ("launch", b"{}", "no such action"),
+]
+
+
+@pytest.mark.parametrize("action,body,reason", BAD_BODIES)
+def test_bad_bodies_are_refused_and_change_nothing(panel: Panel, action: str, body: bytes, reason: str) -> None:
+    before = panel.call("/api/state")[1]
+    status, answer = panel.call("/api/" + action, raw=body)
+    assert status == 400 and reason in answer["error"]
+    assert panel.call("/api/state") == (200, before)
+
+
+def test_oversized_body_is_refused(panel: Panel) -> None:
+    status, answer = panel.call("/api/scan", raw=b'{"code": "' + b"1" * 20000 + b'"}')
+    assert status == 413 and "too long" in answer["error"]
+    assert panel.call("/api/state")[0] == 200
+
+
+def test_card_moved_by_the_api_is_read_by_the_host(panel: Panel) -> None:
+    assert panel.call("/api/cards/remove", {"place": "field"})[1]["field"] is None
+    assert "PAN" not in panel.qzctl("pan", "--contactless").stdout
+    status, state = panel.call("/api/cards/insert", {"place": "field", "profile": "contactless_qpboc"})
+    assert status == 200 and state["field"] == "contactless_qpboc"
+    assert "6222021234567894" in panel.qzctl("pan", "--contactless").stdout
+
+
+def test_keys_typed_through_the_api_reach_a_waiting_host(panel: Panel) -> None:
+    waiting = panel.qzctl("pin", "--clear", "--timeout", "20", wait=False)
+    for _ in range(100):
+        prompt = panel.call("/api/state")[1].get("prompt")
+        if prompt:
+            break
+        time.sleep(0.05)
+    assert prompt and prompt["what"] == "PIN" and 0 < prompt["left_ms"] <= 20000
+    panel.call("/api/keys", {"keys": "99C2580E"})
+    out, err = waiting.communicate(timeout=20)
+    assert waiting.returncode == 0, err
+    assert "2580" in out and "992580" not in out
+
+
+def test_screen_png_and_events_follow_the_host(panel: Panel) -> None:
+    events = urllib.request.urlopen(panel.url + "/api/events", timeout=10)
+    assert panel.qzctl("screen", "fill", "0,128,0").returncode == 0
+    seen = b""
+    while b"event: screen" not in seen or b"event: traffic" not in seen:
+        seen += events.readline()
+    events.close()
+    with urllib.request.urlopen(panel.url + "/api/screen.png", timeout=10) as response:
+        png = response.read()
+    assert png[:8] == b"\x89PNG\r\n\x1a\n"
+    assert struct.unpack(">II", png[16:24]) == (800, 480)
+
+
+def test_web_panel_stays_on_loopback_unless_told(tmp_path) -> None:
+    refused = start_qzsim(tmp_path, "--web", "0.0.0.0:0")
+    assert refused.wait(timeout=10) == 1
+    assert "loopback only" in refused.communicate()[1]
