@@ -81,6 +81,7 @@ TEST_F(Commands, TrackLayouts) {
     };
     answer_with({0x03, 0x00, 0x02, 0x31, 0x32, 0x33, 0x41, 0x42});
     ASSERT_EQ(read(), 0);
+    EXPECT_EQ(last_payload(), (Bytes{0xC6, 0x01, 0x00}));
     EXPECT_EQ(lengths, (std::array<unsigned char, 3>{3, 0, 2}));
     EXPECT_EQ(Bytes(tracks[0].begin(), tracks[0].begin() + 4), (Bytes{0x31, 0x32, 0x33, 0x00}));
     EXPECT_EQ(Bytes(tracks[2].begin(), tracks[2].begin() + 3), (Bytes{0x41, 0x42, 0x00}));
