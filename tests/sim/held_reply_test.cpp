@@ -68,12 +68,20 @@ TEST(HeldReply, PersonEndsCancelsOrRunsOutOfTime) {
 
 TEST(HeldReply, KeysBeforeThePromptAndScriptedEntriesAreIgnored) {
     const auto terminal = typing_terminal();
-    press(terminal->person(), "99\r");
+    press(terminal->person(), "99\r\x1b");
     EXPECT_TRUE(terminal->answer(keypad_entry).empty());
     EXPECT_FALSE(terminal->release(HoldClock::now()));
     terminal->person().typing = false;  // back to the script, for the next entry
     EXPECT_EQ(terminal->answer(keypad_entry), reply_frame(status::ok, "999"));
     EXPECT_FALSE(terminal->holding()) << "a new request drops the held one";
+}
+
+TEST(HeldReply, SingleKeysAreTakenOneAtATime) {
+    Person person;
+    press(person, "12");
+    EXPECT_EQ(person.take_key(), '1');
+    EXPECT_EQ(person.take_key(), '2');
+    EXPECT_EQ(person.take_key(), std::nullopt);
 }
 
 TEST(HeldReply, HidNodeRefusesReadsUntilReleased) {
