@@ -25,15 +25,23 @@ std::uint64_t LinuxPlatform::tick_us() {
     return static_cast<std::uint64_t>(now.tv_sec) * 1'000'000 + static_cast<std::uint64_t>(now.tv_nsec) / 1000;
 }
 
-// The thread's timer slack (50 us by default) is lowered for this one sleep:
-// paced writes sleep once a report, and the slack would add up over thousands.
+// Paced writes sleep once a report, so a wake-up late by the timer's slack
+// (50 us by default) and the scheduler's latency would add up over thousands of
+// reports: the thread sleeps with a slack of 1 ns until shortly before the
+// deadline and polls the clock for the rest.
 void LinuxPlatform::sleep_until_us(std::uint64_t deadline_us) {
-    const int slack_ns = prctl(PR_GET_TIMERSLACK);
-    prctl(PR_SET_TIMERSLACK, 1UL);
-    const timespec wanted{static_cast<time_t>(deadline_us / 1'000'000), static_cast<long>(deadline_us % 1'000'000) * 1000};
-    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &wanted, nullptr) == EINTR) {
+    constexpr std::uint64_t polled_us = 150;
+    if (deadline_us > tick_us() + polled_us) {
+        const std::uint64_t wake_us = deadline_us - polled_us;
+        const timespec wake{static_cast<time_t>(wake_us / 1'000'000), static_cast<long>(wake_us % 1'000'000) * 1000};
+        const int slack_ns = prctl(PR_GET_TIMERSLACK);
+        prctl(PR_SET_TIMERSLACK, 1UL);
+        while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &wake, nullptr) == EINTR) {
+        }
+        if (slack_ns > 0) prctl(PR_SET_TIMERSLACK, static_cast<unsigned long>(slack_ns));
     }
-    if (slack_ns > 0) prctl(PR_SET_TIMERSLACK, static_cast<unsigned long>(slack_ns));
+    while (tick_us() < deadline_us) {
+    }
 }
 
 LocalTime LinuxPlatform::local_time() {
