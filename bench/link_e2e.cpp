@@ -44,15 +44,8 @@ Bytes request_payload(std::size_t body) {
 }
 
 void round_trip(benchmark::State& state, Link link, std::size_t body) {
-    if (const std::string problem = served().offer(link); !problem.empty()) {
-        state.SkipWithError(problem.c_str());
-        return;
-    }
-    const int handle = open_device(0, 115200);
-    if (handle <= 1) {
-        state.SkipWithError("the simulated terminal does not open");
-        return;
-    }
+    const int handle = open_served(state, link);
+    if (handle == 0) return;
     const Bytes payload = request_payload(body);
     const std::size_t reply_data = body == 0 ? qz::sim::default_version_text.size() : body;
     std::vector<std::uint8_t> reply(reply_data + 16);

@@ -100,15 +100,8 @@ void text_full_screen(benchmark::State& state) {
 
 void hid_full_screen_picture(benchmark::State& state) {
     using namespace qz::bench;
-    if (const std::string problem = served().offer(Link::hid); !problem.empty()) {
-        state.SkipWithError(problem.c_str());
-        return;
-    }
-    const int handle = open_device(0, 115200);
-    if (handle <= 1) {
-        state.SkipWithError("the simulated terminal does not open");
-        return;
-    }
+    const int handle = open_served(state, Link::hid);
+    if (handle == 0) return;
     const std::string path = picture_file(Format::png);
     const auto start = Clock::now();
     for (auto _ : state)

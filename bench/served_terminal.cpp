@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "qz_32.h"
 #include "sim/core/simulator.h"
 #include "sim/core/unique_fd.h"
 
@@ -73,6 +74,17 @@ double ServedTerminal::measure_feature_read() const {
 ServedTerminal& served() {
     static ServedTerminal terminal;
     return terminal;
+}
+
+int open_served(benchmark::State& state, Link link) {
+    if (const std::string problem = served().offer(link); !problem.empty()) {
+        state.SkipWithError(problem.c_str());
+        return 0;
+    }
+    const int handle = open_device(0, 115200);
+    if (handle > 1) return handle;
+    state.SkipWithError("the simulated terminal does not open");
+    return 0;
 }
 
 }  // namespace qz::bench

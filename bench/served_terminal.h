@@ -4,6 +4,8 @@
 // report read is one feature request to the node.
 #pragma once
 
+#include <benchmark/benchmark.h>
+
 #include <cstddef>
 #include <filesystem>
 #include <memory>
@@ -55,6 +57,10 @@ private:
 };
 
 ServedTerminal& served();
+
+// Opens the library on `link` to the served terminal: the handle, or 0 after
+// marking the benchmark skipped with the reason.
+int open_served(benchmark::State& state, Link link);
 
 // HID reports a frame of `frame` bytes takes.
 inline std::size_t reports_for(std::size_t frame) { return (frame + hid_piece - 1) / hid_piece; }
