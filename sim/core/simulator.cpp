@@ -37,7 +37,7 @@ std::shared_ptr<Terminal> make_terminal(const Scenario& scenario) {
     terminal->add_model(std::make_unique<LcdModel>());
     terminal->add_model(std::make_unique<ScreenModel>(parse_screen(scenario.document)));
     if (const auto cards = parse_cards(scenario.document))
-        terminal->add_model(std::make_unique<CardReaderModel>(*cards, terminal->shared()));
+        terminal->add_model(std::make_unique<CardReaderModel>(*cards));
     if (const auto memory_cards = parse_memory_cards(scenario.document))
         terminal->add_model(std::make_unique<MemoryCardModel>(*memory_cards));
     terminal->add_model(std::make_unique<StripeModel>(parse_stripe(scenario.document)));
@@ -46,7 +46,7 @@ std::shared_ptr<Terminal> make_terminal(const Scenario& scenario) {
     if (const auto mechanism = parse_mechanism(scenario.document))
         terminal->add_model(std::make_unique<MechanismModel>(*mechanism));
     if (auto field_cards = parse_field_memory(scenario.document))
-        terminal->add_model(std::make_unique<FieldMemoryModel>(std::move(*field_cards)));
+        terminal->add_model(std::make_unique<FieldMemoryModel>(std::move(*field_cards), terminal->shared()));
     return terminal;
 }
 

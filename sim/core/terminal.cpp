@@ -38,7 +38,20 @@ void Terminal::add_model(std::unique_ptr<DeviceModel> model) {
                 instruction_owner_[{route.class_byte, instruction}] = model.get();
         }
     }
+    if (auto* holder = dynamic_cast<CardHolder*>(model.get())) shared_.card_holders.push_back(holder);
     models_.push_back(std::move(model));
+}
+
+std::uint8_t SharedState::card_state_now() const {
+    std::uint8_t state = card_state;
+    for (const CardHolder* holder : card_holders) state |= holder->card_state();
+    return state;
+}
+
+bool SharedState::held_by_other(const CardHolder& asking, CardLocation location, std::size_t slot) const {
+    return std::ranges::any_of(card_holders, [&](const CardHolder* holder) {
+        return holder != &asking && holder->holds(location, slot);
+    });
 }
 
 Reply Terminal::execute(std::span<const std::uint8_t> payload) {

@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "sim/core/card_holder.h"
 #include "sim/core/faults.h"
 #include "sim/core/person.h"
 #include "sim/core/responder.h"
@@ -72,11 +73,19 @@ public:
     virtual bool takes(const Command&) const { return true; }
 };
 
+class CardHolder;
+
 // What the models see of the terminal as a whole.
 struct SharedState {
-    // Where the card is, as class 0x00 reports it; set by the scenario and by
-    // the models that move cards.
+    // Where the card is, as class 0x00 reports it: the scenario's value, joined
+    // by the cards that the card holders hold now.
     std::uint8_t card_state = 0;
+    // The models that hold cards, in the order the terminal took them.
+    std::vector<CardHolder*> card_holders;
+
+    std::uint8_t card_state_now() const;
+    // Whether a card holder other than `asking` has a card at the place.
+    bool held_by_other(const CardHolder& asking, CardLocation location, std::size_t slot) const;
 };
 
 class Terminal final : public Responder {

@@ -105,7 +105,9 @@ function show(next) {
     const name = place === 'field' ? 'field' : 'slot ' + place;
     const holds = place === 'field' ? state.field : (state.slots || [])[place];
     $(`holds-${name}`).textContent = holds === undefined ? 'no reader' : (holds || 'empty');
-    fillSelect($(`profile-${name}`), state.card_profiles || []);
+    const kind = place === 'field' ? 'field' : 'slot';
+    const fitting = (state.card_profiles || []).filter((p) => (state.profile_places[p] || []).includes(kind));
+    fillSelect($(`profile-${name}`), fitting);
   }
   fillSelect($('identity-card'), state.identity_cards || []);
   $('identity-state').textContent = state.identity ? 'on the module: ' + state.identity : 'no card on the module';

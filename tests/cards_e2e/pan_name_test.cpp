@@ -9,6 +9,7 @@
 
 #include "qz_32.h"
 #include "sim/models/cards/card_reader_model.h"
+#include "sim/models/rfcards/field_memory_model.h"
 #include "support/payloads.h"
 #include "support/simulated_terminal.h"
 
@@ -123,6 +124,7 @@ TEST(CardsEndToEnd, DefaultCardsByTheCardStateOverBothLinks) {
         EXPECT_EQ(both.name, text("ZHANG/SAN"));
 
         readers.take(CardLocation::field);
+        connection.model<sim::FieldMemoryModel>().take_out(CardLocation::field, 0);  // the sector card too
         const auto contact = read(connection.icdev);
         EXPECT_EQ(contact.result, 0);
         EXPECT_EQ(contact.pan, "6222025678901238");

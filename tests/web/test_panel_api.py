@@ -19,7 +19,7 @@ BAD_BODIES = [
     ("cards/insert", b'{"place": "field", "profile": "contactless_qpboc"}', "already in the field"),
     ("cards/insert", b'{"place": "slot", "slot": 5, "profile": "contact_pboc"}', "0 to 4"),
     ("cards/insert", b'{"place": "roof", "profile": "contact_pboc"}', '"field" or "slot"'),
-    ("cards/remove", b'{"place": "slot", "slot": 4}', "no card is in the slot 4"),
+    ("cards/insert", b'{"place": "field", "profile": "memory_sle4442"}', "already in the field"),
     ("identity", b'{"card": "nobody"}', "identity cards"),
     ("stripe", b'{"tracks": ["a", "b"]}', "three texts"),
     ("stripe", b'{"tracks": ["a", "b", "\\u0001"]}', "printable"),
@@ -84,3 +84,39 @@ def test_web_panel_stays_on_loopback_unless_told(tmp_path) -> None:
     refused = start_qzsim(tmp_path, "--web", "0.0.0.0:0")
     assert refused.wait(timeout=10) == 1
     assert "loopback only" in refused.communicate()[1]
+
+
+# A memory card put in from the panel, what the host reads of it, and what it finds once the card is out.
+MEMORY_CARDS = [
+    ({"place": "slot", "slot": 4}, "memory_at24c01a", ("memcard", "read", "--type", "at24c01a", "--slot", "4"),
+     "PANEL AT24C01A", 0),
+    ({"place": "field"}, "contactless_ultralight", ("ultralight", "read", "-p", "4", "-n", "4"), "PANEL ULTRALIGHT", 1),
+    ({"place": "slot", "slot": 0}, "memory_sle4442", ("memcard", "read", "--type", "sle4442", "--length", "48"),
+     "PANEL SLE4442", 2),
+]
+
+
+@pytest.mark.parametrize("place,profile,read,text,state_bit", MEMORY_CARDS)
+def test_memory_cards_from_the_panel_are_read_by_the_host(panel: Panel, place: dict, profile: str,
+                                                          read: tuple, text: str, state_bit: int) -> None:
+    panel.call("/api/cards/remove", place)
+    state = panel.call("/api/state")[1]
+    assert state["card_state"] & state_bit == 0
+    failed = panel.qzctl(*read)
+    assert failed.returncode != 0 and "no card" in failed.stderr
+    wrong_place = {"place": "slot", "slot": 4} if "field" in place.values() else {"place": "field"}
+    panel.call("/api/cards/remove", wrong_place)
+    assert "is no card for the" in panel.call("/api/cards/insert", {**wrong_place, "profile": profile})[1]["error"]
+    status, state = panel.call("/api/cards/insert", {**place, "profile": profile})
+    assert status == 200 and profile in (state["field"], *state["slots"])
+    assert state["card_state"] & state_bit == state_bit
+    assert text in panel.qzctl(*read).stdout
+    assert panel.call("/api/cards/remove", place)[0] == 200
+    assert "no card is in the" in panel.call("/api/cards/remove", place)[1]["error"]
+    assert "no card" in panel.qzctl(*read).stderr
+
+
+def test_a_memory_card_alone_in_the_field_is_activated(panel: Panel) -> None:
+    panel.call("/api/cards/remove", {"place": "field"})
+    panel.call("/api/cards/insert", {"place": "field", "profile": "contactless_ultralight"})
+    assert "UID: 04A1B2C3D4E5F6" in panel.qzctl("ats").stdout

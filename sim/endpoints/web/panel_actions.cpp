@@ -5,7 +5,6 @@
 
 #include "sim/core/json_values.h"
 #include "sim/models/cards/card_config.h"
-#include "sim/models/cards/card_reader_model.h"
 #include "sim/models/control/control_model.h"
 #include "sim/models/identity/identity_config.h"
 #include "sim/models/identity/identity_model.h"
@@ -62,10 +61,14 @@ Place place_of(const json& body) {
     return {CardLocation::slot, number, "slot " + std::to_string(number)};
 }
 
-CardReaderModel& reader(Terminal& terminal) {
-    auto* model = terminal.model<CardReaderModel>();
-    if (!model) throw BadRequest("this scenario's terminal has no card readers");
-    return *model;
+std::vector<CardHolder*>& holders(Terminal& terminal) {
+    auto& holders = terminal.shared().card_holders;
+    if (holders.empty()) throw BadRequest("this scenario's terminal has no card readers");
+    return holders;
+}
+
+bool occupied(const std::vector<CardHolder*>& holders, const Place& place) {
+    return std::ranges::any_of(holders, [&](const CardHolder* holder) { return holder->holds(place.location, place.slot); });
 }
 
 template <class Model>
@@ -84,6 +87,20 @@ PanelActions::PanelActions(Terminal& terminal, const json& document, const std::
     std::error_code ignored;
     for (const auto& entry : std::filesystem::directory_iterator(card_folder, ignored))
         if (entry.path().extension() == ".json") card_profiles_[entry.path().stem().string()] = entry.path();
+    // Which places each profile's card goes to, by the holders that take it.
+    for (const auto& [name, path] : card_profiles_) {
+        json card;
+        try {
+            card = load_card_file(path, name);
+        } catch (const ScenarioError&) {
+            continue;  // refused with the reason when it is inserted
+        }
+        auto& places = profile_places_[name];
+        for (const auto& [location, place] : {std::pair{CardLocation::field, "field"}, {CardLocation::slot, "slot"}})
+            if (std::ranges::any_of(terminal.shared().card_holders,
+                                    [&](const CardHolder* holder) { return holder->fits(card, location); }))
+                places.push_back(place);
+    }
     const IdentityConfig identity = parse_identity(document);
     for (const auto& [name, card] : identity.cards) identity_cards_.push_back(name);
     identity_present_ = identity.present;
@@ -107,12 +124,15 @@ void PanelActions::insert_card(const json& body) {
     const json& name = field(body, "profile");
     const auto profile = name.is_string() ? card_profiles_.find(name.get<std::string>()) : card_profiles_.end();
     if (profile == card_profiles_.end()) throw BadRequest("\"profile\" names none of the card profiles");
-    auto& cards = reader(terminal_);
-    if (cards.place(place.location, place.slot).card()) throw BadRequest("a card is already in the " + place.name);
+    auto& cards = holders(terminal_);
+    if (occupied(cards, place)) throw BadRequest("a card is already in the " + place.name);
+    const std::string where = "profile " + profile->first;
     try {
-        const CardConfig config =
-            parse_card(json{{"file", profile->second.string()}}, place.location, "profile " + profile->first);
-        cards.insert(make_card(config), place.location, place.slot);
+        const json card = load_card_file(profile->second, where);
+        const auto holder =
+            std::ranges::find_if(cards, [&](const CardHolder* holder) { return holder->fits(card, place.location); });
+        if (holder == cards.end()) throw BadRequest(where + " is no card for the " + place.name);
+        (*holder)->put(card, place.location, place.slot, where);
     } catch (const ScenarioError& error) {
         throw BadRequest(error.what());
     }
@@ -121,7 +141,9 @@ void PanelActions::insert_card(const json& body) {
 
 void PanelActions::remove_card(const json& body) {
     const Place place = place_of(body);
-    if (!reader(terminal_).take(place.location, place.slot)) throw BadRequest("no card is in the " + place.name);
+    auto& cards = holders(terminal_);
+    if (!occupied(cards, place)) throw BadRequest("no card is in the " + place.name);
+    for (CardHolder* holder : cards) holder->take_out(place.location, place.slot);
     placed_.erase(place.name);
 }
 
@@ -177,17 +199,18 @@ void PanelActions::set_person(const json& body) {
 json PanelActions::state(HoldClock::time_point now) const {
     json state{{"card_profiles", json::array()}, {"identity_cards", identity_cards_},
                {"identity", identity_present_ ? json(*identity_present_) : json(nullptr)},
-               {"typing", terminal_.person().typing}, {"card_state", terminal_.shared().card_state}};
+               {"typing", terminal_.person().typing}, {"card_state", terminal_.shared().card_state_now()}};
     for (const auto& [name, path] : card_profiles_) state["card_profiles"].push_back(name);
-    if (const auto* cards = terminal_.model<CardReaderModel>()) {
-        const auto occupant = [&](CardLocation location, std::size_t slot, const std::string& name) -> json {
-            if (!cards->place(location, slot).card()) return nullptr;
-            const auto placed = placed_.find(name);
+    state["profile_places"] = profile_places_;
+    if (const auto& cards = terminal_.shared().card_holders; !cards.empty()) {
+        const auto occupant = [&](const Place& place) -> json {
+            if (!occupied(cards, place)) return nullptr;
+            const auto placed = placed_.find(place.name);
             return placed != placed_.end() ? placed->second : "scenario's card";
         };
-        state["field"] = occupant(CardLocation::field, 0, "field");
+        state["field"] = occupant({CardLocation::field, 0, "field"});
         for (std::size_t slot = 0; slot < contact_slot_count; ++slot)
-            state["slots"].push_back(occupant(CardLocation::slot, slot, "slot " + std::to_string(slot)));
+            state["slots"].push_back(occupant({CardLocation::slot, slot, "slot " + std::to_string(slot)}));
     }
     if (const auto waiting = terminal_.waiting(now))
         state["prompt"] = {{"what", waiting->what},

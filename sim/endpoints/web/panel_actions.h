@@ -49,6 +49,7 @@ private:
     std::map<std::string, std::filesystem::path, std::less<>> card_profiles_;
     std::vector<std::string> identity_cards_;
     std::optional<std::string> identity_present_;
+    std::map<std::string, std::vector<std::string>> profile_places_;  // profile -> "field", "slot"
     std::map<std::string, std::string> placed_;  // "field", "slot 0".. -> profile
 };
 

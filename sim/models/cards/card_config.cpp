@@ -144,6 +144,8 @@ ResponseRules parse_rules(const json& card, CardLocation location, const CardFac
     throw ScenarioError(where + ".responses: \"direct\" or \"t0\"");
 }
 
+}  // namespace
+
 json load_card_file(const std::filesystem::path& file, const std::string& where) {
     std::ifstream in(file);
     if (!in) throw ScenarioError(where + ".file: " + file.string() + " cannot be read");
@@ -153,8 +155,6 @@ json load_card_file(const std::filesystem::path& file, const std::string& where)
         throw ScenarioError(where + ".file: " + file.string() + ": " + error.what());
     }
 }
-
-}  // namespace
 
 CardConfig parse_card(const json& value, CardLocation location, const std::string& where,
                       const std::filesystem::path& folder) {

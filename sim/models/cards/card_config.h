@@ -41,15 +41,12 @@
 #include <optional>
 #include <string>
 
+#include "sim/core/card_holder.h"
 #include "sim/core/scenario_folder.h"
 #include "sim/models/cards/emv_card.h"
 #include "sim/models/cards/iso7816_card.h"
 
 namespace qz::sim {
-
-inline constexpr std::size_t contact_slot_count = 5;
-
-enum class CardLocation { field, slot };
 
 struct CardConfig {
     CardFace face;
@@ -71,6 +68,10 @@ std::optional<CardsConfig> parse_cards(const nlohmann::json& document,
 // One card as it is described for `location`; `where` names it in errors.
 CardConfig parse_card(const nlohmann::json& value, CardLocation location, const std::string& where,
                       const std::filesystem::path& folder = scenario_folder());
+
+// A card description read from `file`; ScenarioError naming `where` when it
+// cannot be read or is no JSON.
+nlohmann::json load_card_file(const std::filesystem::path& file, const std::string& where);
 
 std::unique_ptr<Iso7816Card> make_card(const CardConfig& config);
 

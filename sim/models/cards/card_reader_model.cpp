@@ -25,11 +25,10 @@ Reply ok(std::vector<std::uint8_t> data = {}) { return {status::ok, std::move(da
 
 }  // namespace
 
-CardReaderModel::CardReaderModel(const CardsConfig& cards, SharedState& shared) : shared_(shared) {
+CardReaderModel::CardReaderModel(const CardsConfig& cards) {
     if (cards.field) field_.insert(make_card(*cards.field));
     for (std::size_t i = 0; i < contact_slot_count; ++i)
         if (cards.slots[i]) slots_[i].insert(make_card(*cards.slots[i]));
-    update_card_state();
 }
 
 std::vector<Route> CardReaderModel::routes() const {
@@ -100,13 +99,19 @@ Reply CardReaderModel::deactivate(CardPlace& place, std::span<const std::uint8_t
 
 void CardReaderModel::insert(std::unique_ptr<Iso7816Card> card, CardLocation location, std::size_t slot) {
     place_of(location, slot).insert(std::move(card));
-    update_card_state();
 }
 
 std::unique_ptr<Iso7816Card> CardReaderModel::take(CardLocation location, std::size_t slot) {
-    auto card = place_of(location, slot).take();
-    update_card_state();
-    return card;
+    return place_of(location, slot).take();
+}
+
+bool CardReaderModel::fits(const nlohmann::json& card, CardLocation) const {
+    return card.is_object() && !card.contains("type");
+}
+
+void CardReaderModel::put(const nlohmann::json& card, CardLocation location, std::size_t slot,
+                          const std::string& where) {
+    insert(make_card(parse_card(card, location, where)), location, slot);
 }
 
 template <class Self>
@@ -122,11 +127,6 @@ const CardPlace& CardReaderModel::place(CardLocation location, std::size_t slot)
 
 CardPlace& CardReaderModel::place_of(CardLocation location, std::size_t slot) {
     return place_in(*this, location, slot);
-}
-
-void CardReaderModel::update_card_state() {
-    shared_.card_state = static_cast<std::uint8_t>((field_.card() ? card_state::card_in_field : 0) |
-                                                   (slots_[0].card() ? card_state::card_in_slot_0 : 0));
 }
 
 }  // namespace qz::sim

@@ -11,9 +11,10 @@
 //   Cx 31 00 APDU    one APDU to the active card; reply: its response and status words
 //   Cx 32 00         deactivate (a slot powers down, the field lets the card go)
 //
-// The card state of class 0x00 instruction 07 follows the cards: bit 0 set while a
-// card is in the field, bit 1 while one is in slot 0 (0 none, 1 field, 2 slot 0,
-// 3 both); the other slots hold modules and do not show.
+// The cards show in the card state of class 0x00 instruction 07 (card_holder.h):
+// bit 0 set while a card is in the field, bit 1 while one is in slot 0; the other
+// slots hold modules and do not show. A card description without "type" is a
+// microprocessor card (the memory cards name their type).
 #pragma once
 
 #include <array>
@@ -23,6 +24,7 @@
 
 #include "sim/models/cards/card_config.h"
 #include "sim/models/cards/card_place.h"
+#include "sim/core/card_holder.h"
 #include "sim/core/terminal.h"
 
 namespace qz::sim {
@@ -34,14 +36,9 @@ inline constexpr std::uint16_t no_card = 0x6401;
 inline constexpr std::uint16_t card_inactive = 0x6402;
 }  // namespace status
 
-namespace card_state {
-inline constexpr std::uint8_t card_in_field = 0x01;
-inline constexpr std::uint8_t card_in_slot_0 = 0x02;
-}  // namespace card_state
-
-class CardReaderModel final : public DeviceModel {
+class CardReaderModel final : public DeviceModel, public CardHolder {
 public:
-    CardReaderModel(const CardsConfig& cards, SharedState& shared);
+    explicit CardReaderModel(const CardsConfig& cards);
 
     std::vector<Route> routes() const override;
     Reply handle(const Command& command) override;
@@ -52,6 +49,11 @@ public:
     std::unique_ptr<Iso7816Card> take(CardLocation location, std::size_t slot = 0);
     const CardPlace& place(CardLocation location, std::size_t slot = 0) const;
 
+    bool holds(CardLocation location, std::size_t slot) const override { return place(location, slot).card(); }
+    bool fits(const nlohmann::json& card, CardLocation location) const override;
+    void put(const nlohmann::json& card, CardLocation location, std::size_t slot, const std::string& where) override;
+    void take_out(CardLocation location, std::size_t slot) override { take(location, slot); }
+
 private:
     CardPlace& place_of(CardLocation location, std::size_t slot);
     // The place, for the const and the other member alike.
@@ -61,11 +63,9 @@ private:
     Reply activate_slot(CardPlace& slot, std::span<const std::uint8_t> body);
     static Reply exchange(CardPlace& place, std::span<const std::uint8_t> body);
     static Reply deactivate(CardPlace& place, std::span<const std::uint8_t> body);
-    void update_card_state();
 
     CardPlace field_;
     std::array<CardPlace, contact_slot_count> slots_;
-    SharedState& shared_;
 };
 
 }  // namespace qz::sim

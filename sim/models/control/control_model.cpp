@@ -70,7 +70,7 @@ Reply ControlModel::speed(std::span<const std::uint8_t> body) {
     return ok();
 }
 
-Reply ControlModel::card_state(std::span<const std::uint8_t>) { return ok(std::array{shared_.card_state}); }
+Reply ControlModel::card_state(std::span<const std::uint8_t>) { return ok(std::array{shared_.card_state_now()}); }
 
 Reply ControlModel::write_serial_number(std::span<const std::uint8_t> body) {
     if (body[1] != serial_number_length) return Reply::failure(status::wrong_length);

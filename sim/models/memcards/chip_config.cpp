@@ -20,6 +20,13 @@ const std::map<std::string, ChipKind> kinds{{"sle4442", ChipKind::sle4442},
 constexpr std::uint64_t largest_address = 0xFFFF;
 constexpr std::size_t longest_answer = 8;
 
+}  // namespace
+
+bool describes_chip(const json& card) {
+    return card.is_object() && card.contains("type") && card["type"].is_string() &&
+           kinds.contains(card["type"].get<std::string>());
+}
+
 ChipConfig parse_chip(const json& value, const std::string& where) {
     const auto& chip = json_object(
         value, {"type", "answer", "code", "tries", "writes", "protected", "erase_keys", "issuer_fuse", "ec2en_fuse"},
@@ -64,8 +71,6 @@ ChipConfig parse_chip(const json& value, const std::string& where) {
     make_chip(config);  // the chip checks the values it holds
     return config;
 }
-
-}  // namespace
 
 std::optional<MemoryCardsConfig> parse_memory_cards(const json& document) {
     if (!document.contains("memory_cards")) return std::nullopt;

@@ -62,6 +62,11 @@ struct MemoryCardsConfig {
 // ScenarioError naming the place of a bad value.
 std::optional<MemoryCardsConfig> parse_memory_cards(const nlohmann::json& document);
 
+// Whether `card` describes a contact memory chip: an object whose "type" names one.
+bool describes_chip(const nlohmann::json& card);
+// One chip as a scenario describes it; ScenarioError naming `where` for a bad value.
+ChipConfig parse_chip(const nlohmann::json& value, const std::string& where);
+
 // The chip a configuration describes; ScenarioError for values the chip can't hold.
 std::unique_ptr<MemoryChip> make_chip(const ChipConfig& config);
 

@@ -33,6 +33,22 @@ std::vector<Route> MemoryCardModel::routes() const {
     return {cards, {record_class, {record_open, record_close, record_value}}};
 }
 
+bool MemoryCardModel::holds(CardLocation location, std::size_t slot) const {
+    return location == CardLocation::slot && slot < memory_slot_count && chips_[slot];
+}
+
+bool MemoryCardModel::fits(const nlohmann::json& card, CardLocation location) const {
+    return location == CardLocation::slot && describes_chip(card);
+}
+
+void MemoryCardModel::put(const nlohmann::json& card, CardLocation, std::size_t slot, const std::string& where) {
+    chips_.at(slot) = make_chip(parse_chip(card, where));
+}
+
+void MemoryCardModel::take_out(CardLocation location, std::size_t slot) {
+    if (location == CardLocation::slot) chips_.at(slot).reset();
+}
+
 Reply MemoryCardModel::handle(const Command& command) {
     const auto body = command.body();
     if (body.empty()) return Reply::failure(status::wrong_length);

@@ -11,24 +11,31 @@
 //   D0 03 00 v v v v  record a value (low byte first); reply: its number in the
 //                     record, 4 bytes low byte first; refused while no record is open
 //
-// The parameter byte of every command is 00.
+// The parameter byte of every command is 00. A chip in slot 0 shows in the card
+// state (card_holder.h) as a card in slot 0.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <memory>
 
+#include "sim/core/card_holder.h"
 #include "sim/core/terminal.h"
 #include "sim/models/memcards/chip_config.h"
 
 namespace qz::sim {
 
-class MemoryCardModel final : public DeviceModel {
+class MemoryCardModel final : public DeviceModel, public CardHolder {
 public:
     explicit MemoryCardModel(const MemoryCardsConfig& config);
 
     std::vector<Route> routes() const override;
     Reply handle(const Command& command) override;
+
+    bool holds(CardLocation location, std::size_t slot) const override;
+    bool fits(const nlohmann::json& card, CardLocation location) const override;
+    void put(const nlohmann::json& card, CardLocation location, std::size_t slot, const std::string& where) override;
+    void take_out(CardLocation location, std::size_t slot) override;
 
 private:
     Reply record(std::uint8_t instruction, Arguments& arguments);

@@ -22,6 +22,8 @@ class FieldCard {
 public:
     virtual ~FieldCard() = default;
     virtual std::span<const std::uint8_t> uid() const = 0;
+    // The card's type byte (SAK), which an activation reports.
+    virtual std::uint8_t sak() const = 0;
     // What the terminal answers when it selects the card.
     virtual std::vector<std::uint8_t> serial() const = 0;
     // The card leaves the field's power and comes back: authentication and any

@@ -40,7 +40,15 @@ Bytes uid_of(const json& card, const Bytes& fallback, const std::string& where) 
     return uid;
 }
 
-std::unique_ptr<FieldCard> parse_card(const json& card, const std::string& where) {
+}  // namespace
+
+bool describes_field_card(const json& card) {
+    if (!card.is_object() || !card.contains("type") || !card["type"].is_string()) return false;
+    const auto& type = card["type"].get_ref<const std::string&>();
+    return type == "sector" || type == "ultralight" || type == "ntag215";
+}
+
+std::unique_ptr<FieldCard> parse_field_card(const json& card, const std::string& where) {
     json_object(card, {"type", "uid", "writes"}, where);
     const std::string type = card.contains("type") && card["type"].is_string() ? card["type"].get<std::string>() : "";
     if (type == "sector") {
@@ -61,8 +69,6 @@ std::unique_ptr<FieldCard> parse_card(const json& card, const std::string& where
     throw ScenarioError(where + ".type: \"sector\", \"ultralight\" or \"ntag215\"");
 }
 
-}  // namespace
-
 std::optional<std::vector<std::unique_ptr<FieldCard>>> parse_field_memory(const json& document) {
     if (!document.contains("field_memory")) return std::nullopt;
     const json& section = json_object(document["field_memory"], {"cards"}, "field_memory");
@@ -70,7 +76,7 @@ std::optional<std::vector<std::unique_ptr<FieldCard>>> parse_field_memory(const 
     if (!section.contains("cards")) return cards;
     if (!section["cards"].is_array()) throw ScenarioError("field_memory.cards: a list");
     for (std::size_t i = 0; i < section["cards"].size(); ++i)
-        cards.push_back(parse_card(section["cards"][i], "field_memory.cards[" + std::to_string(i) + "]"));
+        cards.push_back(parse_field_card(section["cards"][i], "field_memory.cards[" + std::to_string(i) + "]"));
     return cards;
 }
 

@@ -29,4 +29,9 @@ namespace qz::sim {
 // Throws ScenarioError naming the place of a bad value.
 std::optional<std::vector<std::unique_ptr<FieldCard>>> parse_field_memory(const nlohmann::json& document);
 
+// Whether `card` describes a contactless memory card: an object whose "type" names one.
+bool describes_field_card(const nlohmann::json& card);
+// One CARD; ScenarioError naming `where` for a bad value.
+std::unique_ptr<FieldCard> parse_field_card(const nlohmann::json& card, const std::string& where);
+
 }  // namespace qz::sim

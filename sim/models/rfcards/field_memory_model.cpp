@@ -2,6 +2,7 @@
 
 #include "sim/core/status.h"
 #include "sim/models/cards/card_reader_model.h"
+#include "sim/models/rfcards/field_config.h"
 
 namespace qz::sim {
 namespace {
@@ -10,6 +11,7 @@ constexpr std::uint8_t field_class = 0xC1;
 constexpr std::uint8_t field_status_class = 0x32;
 constexpr std::uint8_t terminal_class = 0x00;
 
+constexpr std::uint8_t instruction_activate = 0x30;
 constexpr std::uint8_t instruction_deselect = 0x33;
 constexpr std::uint8_t instruction_select = 0x40;
 constexpr std::uint8_t instruction_halt = 0x45;
@@ -28,7 +30,8 @@ bool bare(std::span<const std::uint8_t> body) { return body.size() == 1 && body[
 
 }  // namespace
 
-FieldMemoryModel::FieldMemoryModel(std::vector<std::unique_ptr<FieldCard>> cards) {
+FieldMemoryModel::FieldMemoryModel(std::vector<std::unique_ptr<FieldCard>> cards, const SharedState& shared)
+    : shared_(shared) {
     for (auto& card : cards) cards_.push_back({std::move(card)});
 }
 
@@ -38,12 +41,15 @@ std::vector<Route> FieldMemoryModel::routes() const {
     field.insert(field.end(), card_instructions.begin(), card_instructions.end());
     return {{field_class, field},
             {field_status_class, {instruction_field_status}},
+            {field_class, {instruction_activate}, true},
             {terminal_class, {instruction_antenna, instruction_uids}, true}};
 }
 
-// Of class 00 only the antenna query (parameter 20) and the UID list (no parameter
-// at all) are the field's; the rest belongs to the terminal's control commands.
+// An activation is the microprocessor card's while one is in the field. Of class
+// 00 only the antenna query (parameter 20) and the UID list (no parameter at all)
+// are the field's; the rest belongs to the terminal's control commands.
 bool FieldMemoryModel::takes(const Command& command) const {
+    if (command.class_byte() == field_class) return !shared_.held_by_other(*this, CardLocation::field, 0);
     if (command.class_byte() != terminal_class) return true;
     if (command.instruction() == instruction_antenna)
         return command.body().size() == 1 && command.body()[0] == antenna_parameter;
@@ -70,7 +76,8 @@ Reply FieldMemoryModel::handle(const Command& command) {
 Reply FieldMemoryModel::field_command(std::uint8_t instruction, std::span<const std::uint8_t> body) {
     switch (instruction) {
         case instruction_select:
-            return select(body);
+        case instruction_activate:
+            return select(body, instruction == instruction_activate);
         case instruction_halt:
         case instruction_deselect:
         case instruction_reset_field:
@@ -95,7 +102,7 @@ Reply FieldMemoryModel::field_command(std::uint8_t instruction, std::span<const 
     return instruction == instruction_deselect ? ok_reply({field_state()}) : ok_reply();
 }
 
-Reply FieldMemoryModel::select(std::span<const std::uint8_t> body) {
+Reply FieldMemoryModel::select(std::span<const std::uint8_t> body, bool activation) {
     if (body.size() != 2) return Reply::failure(status::wrong_length);
     if (body[0] != 0 || body[1] > select_any) return Reply::failure(status::out_of_range);
     selected_.reset();
@@ -104,9 +111,32 @@ Reply FieldMemoryModel::select(std::span<const std::uint8_t> body) {
         cards_[i].halted = false;
         cards_[i].card->power_cycle();  // a new selection starts without authentication
         selected_ = i;
-        return ok_reply(cards_[i].card->serial());
+        if (!activation) return ok_reply(cards_[i].card->serial());
+        const auto uid = cards_[i].card->uid();
+        std::vector<std::uint8_t> data{cards_[i].card->sak(), static_cast<std::uint8_t>(uid.size())};
+        data.insert(data.end(), uid.begin(), uid.end());
+        data.push_back(0);  // no answer to select
+        return ok_reply(std::move(data));
     }
     return Reply::failure(status::no_card);
+}
+
+bool FieldMemoryModel::holds(CardLocation location, std::size_t) const {
+    return location == CardLocation::field && !cards_.empty();
+}
+
+bool FieldMemoryModel::fits(const nlohmann::json& card, CardLocation location) const {
+    return location == CardLocation::field && describes_field_card(card);
+}
+
+void FieldMemoryModel::put(const nlohmann::json& card, CardLocation, std::size_t, const std::string& where) {
+    cards_.push_back({parse_field_card(card, where)});
+}
+
+void FieldMemoryModel::take_out(CardLocation location, std::size_t) {
+    if (location != CardLocation::field) return;
+    cards_.clear();
+    selected_.reset();
 }
 
 Reply FieldMemoryModel::uids() const {

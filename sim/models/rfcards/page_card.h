@@ -36,7 +36,10 @@ public:
     // `memory` holds page_count(kind) pages.
     PageCard(Kind kind, std::span<const std::uint8_t, uid_size> uid, std::vector<std::uint8_t> memory);
 
+    static constexpr std::uint8_t type_byte = 0x00;
+
     std::span<const std::uint8_t> uid() const override { return uid_; }
+    std::uint8_t sak() const override { return type_byte; }
     // The UID last byte first; an NTAG215 puts its length in front.
     std::vector<std::uint8_t> serial() const override;
     void power_cycle() override { authenticated_ = false; }

@@ -29,7 +29,6 @@ constexpr std::uint8_t instruction_transfer = 0x4B;
 
 constexpr std::array<std::uint8_t, access_size> transport_access{0xFF, 0x07, 0x80, 0x69};
 constexpr std::array<std::uint8_t, 8> manufacturer_data{'Q', 'Z', '3', '2', 'S', 'I', 'M', '1'};
-constexpr std::uint8_t sak = 0x08;
 constexpr std::array<std::uint8_t, 2> atqa{0x04, 0x00};
 
 // Who may: key A, key B, either, nobody.
@@ -86,7 +85,7 @@ SectorCard::Memory SectorCard::factory_memory(std::span<const std::uint8_t, 4> u
     Memory memory{};
     auto first = std::copy(uid.begin(), uid.end(), memory.begin());
     *first++ = static_cast<std::uint8_t>(uid[0] ^ uid[1] ^ uid[2] ^ uid[3]);
-    *first++ = sak;
+    *first++ = type_byte;
     first = std::copy(atqa.begin(), atqa.end(), first);
     std::copy(manufacturer_data.begin(), manufacturer_data.end(), first);
     for (std::size_t trailer = trailer_index; trailer < block_count; trailer += blocks_per_sector) {

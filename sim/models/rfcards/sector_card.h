@@ -35,7 +35,10 @@ public:
 
     SectorCard(std::span<const std::uint8_t, 4> uid, const Memory& memory);
 
+    static constexpr std::uint8_t type_byte = 0x08;
+
     std::span<const std::uint8_t> uid() const override { return uid_; }
+    std::uint8_t sak() const override { return type_byte; }
     std::vector<std::uint8_t> serial() const override { return {uid_.begin(), uid_.end()}; }
     void power_cycle() override;
     std::optional<Reply> handle(std::uint8_t instruction, std::span<const std::uint8_t> body) override;
