@@ -20,7 +20,7 @@ for arch in x86_64 i686; do
   echo "== windows-$arch build"
   cmake --preset "windows-$arch" >/dev/null
   targets=()
-  [ "$arch" = i686 ] && [ ! -x "$wine32" ] && targets=(--target qz_32 qz_32_getinfo)
+  [ "$arch" = i686 ] && [ ! -x "$wine32" ] && targets=(--target qz_32 qz_32_getinfo qz_32_fontmaker)
   cmake --build --preset "windows-$arch" -j"$jobs" "${targets[@]}"
 done
 
@@ -67,7 +67,8 @@ stop_sim() {
 }
 trap 'stop_sim; rm -rf "$work"' EXIT
 mkdir -p "$work/ports"
-build/default/sim/qzsim --serial "$work/ports" --name "COM$com_port" >"$work/qzsim.out" 2>"$work/qzsim.err" &
+build/default/sim/qzsim --serial "$work/ports" --name "COM$com_port" --screen "$work/screen.png" \
+  >"$work/qzsim.out" 2>"$work/qzsim.err" &
 sim_pid=$!
 for _ in $(seq 500); do
   grep -q '^serial: ' "$work/qzsim.out" && break
@@ -81,7 +82,7 @@ device=$(sed -n 's/^serial: .* -> //p' "$work/qzsim.out")
 /usr/lib/wine/wine64 reg add 'HKLM\Software\Wine\Ports' /v "COM$com_port" /t REG_SZ /d "$device" /f >/dev/null
 /usr/lib/wine/wineserver -k 2>/dev/null || true
 /usr/lib/wine/wineserver -w
-export QZ_32_WINDOWS_COM_PORT=$((com_port - 1))
+export QZ_32_WINDOWS_COM_PORT=$((com_port - 1)) QZ_32_WINDOWS_SCREEN_PNG="Z:$work/screen.png"
 
 echo "== windows-x86_64 tests under Wine (COM$com_port is qzsim at $device)"
 ctest --test-dir build/windows-x86_64 --output-on-failure
@@ -92,9 +93,9 @@ else
   echo "== windows-i686: no 32-bit Wine here (wine32 is not installed); built and its exports checked only"
 fi
 
-# The zip: the header and the .def once, each architecture's DLLs with an
-# import library (the 32-bit one maps the stdcall names a compiler emits to the
-# undecorated exports).
+# The zip: the header and the .def once, each architecture's DLLs (the library
+# and its photo and font components) with an import library (the 32-bit one
+# maps the stdcall names a compiler emits to the undecorated exports).
 package=build/qz_32-windows
 rm -rf "$package" "$package.zip"
 mkdir -p "$package/include"
@@ -103,7 +104,7 @@ cp build/windows-x86_64/lib/qz_32.def "$package/"
 for arch in x86_64:x86_64-w64-mingw32 i686:i686-w64-mingw32; do
   triplet=${arch#*:} arch=${arch%%:*}
   mkdir -p "$package/$arch"
-  cp "build/windows-$arch/lib/qz_32.dll" "build/windows-$arch/lib/GetInfo.dll" "$package/$arch/"
+  cp "build/windows-$arch/lib/"{qz_32,GetInfo,FontMaker}.dll "$package/$arch/"
   "$triplet-strip" --strip-unneeded "$package/$arch/"*.dll
   cp "build/windows-$arch/lib/libqz_32.dll.a" "$package/$arch/qz_32.lib"
 done

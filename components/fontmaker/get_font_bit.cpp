@@ -3,8 +3,8 @@
 #include <string_view>
 
 #include "font_bits.h"
-#include "gbk_decoder.h"
-#include "glyph_renderer.h"
+#include "font_engine.h"
+#include "glyph_cache.h"
 
 namespace {
 
@@ -13,8 +13,8 @@ constexpr int max_size = 255;
 // The font is opened on first use and kept: the component is never unloaded.
 struct Fonts {
     std::mutex lock;
-    fontmaker::GlyphRenderer renderer{QZ_32_CJK_FONT};
-    fontmaker::GbkDecoder decoder;
+    fontmaker::FontEngine engine;
+    fontmaker::GlyphCache cache;
 };
 
 Fonts& fonts() {
@@ -31,7 +31,7 @@ extern "C" __attribute__((visibility("default"))) int getFontBit(const char* row
         return 0;
     Fonts& shared = fonts();
     const std::lock_guard guard(shared.lock);
-    if (!shared.renderer.good()) return 0;
+    if (!shared.engine.good()) return 0;
 
     const auto rows = static_cast<std::size_t>(size);
     const std::size_t row_bytes = (rows + 7) / 8;
@@ -43,8 +43,8 @@ extern "C" __attribute__((visibility("default"))) int getFontBit(const char* row
         const std::string_view character = text.substr(at, wide ? 2 : 1);
         at += character.size();
         const std::span cell(buffer + glyphs * glyph_bytes, glyph_bytes);
-        const auto code = wide && character.size() == 1 ? std::nullopt : shared.decoder.decode(character);
-        if (code) shared.renderer.draw(*code, size, wide ? size : size / 2, cell, row_bytes);
+        const auto code = wide && character.size() == 1 ? std::nullopt : shared.engine.decode(character);
+        if (code) shared.cache.draw(shared.engine, *code, size, wide ? size : size / 2, cell, row_bytes);
     }
     *bitLen = static_cast<int>(glyphs * glyph_bytes);
     *textCount = static_cast<int>(glyphs);
