@@ -1,16 +1,29 @@
-"""Finding libqz_32.so and declaring the C functions that the binding calls."""
+"""Finding the library (libqz_32.so, or qz_32.dll on Windows) and declaring the C
+functions that the binding calls."""
 
 from __future__ import annotations
 
 import ctypes
 import os
+import sys
 from ctypes import POINTER, c_char_p, c_int, c_ubyte, c_ushort
 from pathlib import Path
 
 from qz32.errors import LibraryNotFound
 
 LIBRARY_VARIABLE = "QZ_32_LIBRARY"
-_SONAMES = ("libqz_32.so.0", "libqz_32.so")
+
+if sys.platform == "win32":
+    _NAMES = ("qz_32.dll",)
+
+    def _load(path: str) -> ctypes.CDLL:
+        # The 32-bit DLL's functions are stdcall, the 64-bit one has one convention.
+        return ctypes.WinDLL(path) if ctypes.sizeof(ctypes.c_void_p) == 4 else ctypes.CDLL(path)
+else:
+    _NAMES = ("libqz_32.so.0", "libqz_32.so")
+
+    def _load(path: str) -> ctypes.CDLL:
+        return ctypes.CDLL(path)
 
 _bytes = POINTER(c_ubyte)
 _ubyte_out = POINTER(c_ubyte)
@@ -56,8 +69,8 @@ def _candidates() -> list[str]:
     override = os.environ.get(LIBRARY_VARIABLE)
     if override:
         return [override]
-    beside = [str(Path(__file__).resolve().parent / name) for name in _SONAMES]
-    return [path for path in beside if os.path.exists(path)] + list(_SONAMES)
+    beside = [str(Path(__file__).resolve().parent / name) for name in _NAMES]
+    return [path for path in beside if os.path.exists(path)] + list(_NAMES)
 
 
 def _declare(library: ctypes.CDLL) -> ctypes.CDLL:
@@ -78,12 +91,12 @@ def library() -> ctypes.CDLL:
         tried: list[str] = []
         for candidate in _candidates():
             try:
-                _library = _declare(ctypes.CDLL(candidate))
+                _library = _declare(_load(candidate))
                 break
             except OSError as error:
                 tried.append(f"{candidate}: {error}")
         else:
-            raise LibraryNotFound("libqz_32.so was not found; tried " + "; ".join(tried))
+            raise LibraryNotFound(f"{_NAMES[-1]} was not found; tried " + "; ".join(tried))
     return _library
 
 

@@ -109,4 +109,4 @@ class Error(Exception):
 
 
 class LibraryNotFound(OSError):
-    """libqz_32.so is in none of the places where it is looked for."""
+    """The library (libqz_32.so, qz_32.dll) is in none of the places where it is looked for."""
