@@ -24,6 +24,7 @@ const std::map<int, const char*>& link_statuses() {
         {-36, "reply frame checksum wrong"},
         {-37, "request too long for one frame"},
         {-38, "reply longer than the command allows"},
+        {-39, "reply shorter than the command needs"},
         {-65, "the PIN pad's PIN length is not set"},
         {-66, "the PIN pad's time-out is not set"},
     };
