@@ -1,6 +1,7 @@
 #include "sim/core/terminal.h"
 
 #include <algorithm>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 
@@ -52,6 +53,12 @@ bool SharedState::held_by_other(const CardHolder& asking, CardLocation location,
     return std::ranges::any_of(card_holders, [&](const CardHolder* holder) {
         return holder != &asking && holder->holds(location, slot);
     });
+}
+
+std::vector<Route> Terminal::routes() const {
+    std::vector<Route> routes;
+    for (const auto& model : models_) std::ranges::move(model->routes(), std::back_inserter(routes));
+    return routes;
 }
 
 Reply Terminal::execute(std::span<const std::uint8_t> payload) {

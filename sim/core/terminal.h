@@ -62,6 +62,16 @@ struct Route {
     std::uint8_t class_byte = 0;
     std::vector<std::uint8_t> instructions;
     bool shared = false;
+    // What a traffic view calls the route's requests: the device, and the
+    // instructions that have a name, by their byte.
+    std::string device{};
+    std::map<std::uint8_t, std::string> names{};
+
+    Route named(std::string device_name, std::map<std::uint8_t, std::string> instruction_names = {}) && {
+        device = std::move(device_name);
+        names = std::move(instruction_names);
+        return std::move(*this);
+    }
 };
 
 class DeviceModel {
@@ -109,6 +119,9 @@ public:
     SharedState& shared() { return shared_; }
     FaultPlan& faults() { return faults_; }
     Person& person() { return person_; }
+
+    // The routes of every model, in the order the models were added.
+    std::vector<Route> routes() const;
 
     // Carries out one request payload.
     Reply execute(std::span<const std::uint8_t> payload);

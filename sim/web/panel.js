@@ -3,20 +3,8 @@
 'use strict';
 
 const $ = (id) => document.getElementById(id);
-const classNames = {
-  0x00: 'terminal', 0xC0: 'slot 0', 0xC1: 'contactless field', 0xC2: 'slot 1', 0xC3: 'slot 2', 0xC4: 'slot 3',
-  0xC5: 'slot 4 / PIN pad', 0xC6: 'stripe / scanner', 0xD0: 'memory card records',
-};
-const terminalInstructions = {
-  0x01: 'version', 0x02: 'speed', 0x03: 'buzzer', 0x07: 'card state', 0x08: 'keypad entry / serial number',
-  0xE0: 'echo',
-};
-const readerInstructions = { 0x30: 'activate', 0x31: 'APDU', 0x32: 'deactivate' };
-const statusWords = {
-  0x0000: 'done', 0x6700: 'wrong length', 0x6B00: 'out of range', 0x6400: 'entry timed out', 0x6A80: 'wrong data',
-  0x6A88: 'key missing', 0x6985: 'out of sequence', 0x6D00: 'instruction unknown', 0x6E00: 'class unknown',
-  0x6F00: 'damaged request',
-};
+// Names of classes, instructions and status words, as the terminal's devices give them (/api/names).
+let names = { classes: {}, instructions: {}, statuses: {} };
 const places = ['field', 0, 1, 2, 3, 4];
 const traffic = [];
 let state = {};
@@ -24,16 +12,15 @@ let state = {};
 function hex2(n) { return n.toString(16).toUpperCase().padStart(2, '0'); }
 
 function commandName(request) {
-  const bytes = request.split(' ').map((b) => parseInt(b, 16));
-  const cls = bytes[0];
-  const ins = bytes[1];
-  const table = cls === 0x00 ? terminalInstructions : (cls >= 0xC0 && cls <= 0xC5 ? readerInstructions : {});
-  return `${classNames[cls] || 'class ' + hex2(cls)}: ${table[ins] || 'instruction ' + hex2(ins)}`;
+  const [cls, ins] = request.split(' ');
+  return names.instructions[`${cls} ${ins}`] ||
+    `${names.classes[cls] || 'class ' + cls}: instruction ${ins || 'none'}`;
 }
 
 function statusText(status) {
   if (status === null) return 'no reply';
-  return `${hex2(status >> 8)}${hex2(status & 0xFF)} ${statusWords[status] || ''}`.trim();
+  const word = hex2(status >> 8) + hex2(status & 0xFF);
+  return `${word} ${names.statuses[word] || ''}`.trim();
 }
 
 async function post(action, body) {
@@ -94,9 +81,9 @@ function buildKeypad() {
   });
 }
 
-function fillSelect(select, names) {
-  if (select.options.length === names.length) return;
-  select.innerHTML = names.map((n) => `<option>${n}</option>`).join('');
+function fillSelect(select, choices) {
+  if (select.options.length === choices.length) return;
+  select.innerHTML = choices.map((n) => `<option>${n}</option>`).join("");
 }
 
 function show(next) {
@@ -202,7 +189,7 @@ $('typing').onchange = () => post('person', { typing: $('typing').checked });
 $('filter').oninput = () => [...$('traffic').rows].forEach(applyFilter);
 $('download').onclick = download;
 $('clear-traffic').onclick = () => { traffic.length = 0; $('traffic').innerHTML = ''; };
+fetch('/api/names').then((r) => r.json()).then((known) => { names = known; listen(); });
 refresh();
 drawScreen();
 drawLcd();
-listen();

@@ -31,6 +31,26 @@ BAD_BODIES = [
 ]
 
 
+# Names the traffic view shows, each from the routes of the model that answers.
+NAMES = [
+    ("instructions", "00 07", "terminal: card state"),
+    ("instructions", "C0 40", "memory card: SLE4442 read"),
+    ("instructions", "C0 31", "slot 0: APDU"),
+    ("instructions", "C1 30", "contactless card: activate / contactless memory card: activate"),
+    ("instructions", "C5 0F", "scanner: scanner message / keyboard: keyboard message"),
+    ("instructions", "CD 20", "screen: text data"),
+    ("classes", "C5", "PIN pad / slot 4 / scanner / keyboard"),
+    ("statuses", "6401", "no card"),
+    ("statuses", "63C2", "wrong code, 2 tries left"),
+]
+
+
+def test_traffic_names_come_from_the_devices(panel: Panel) -> None:
+    status, names = panel.call("/api/names")
+    assert status == 200
+    assert [names[kind].get(key) for kind, key, _ in NAMES] == [name for _, _, name in NAMES]
+
+
 @pytest.mark.parametrize("action,body,reason", BAD_BODIES)
 def test_bad_bodies_are_refused_and_change_nothing(panel: Panel, action: str, body: bytes, reason: str) -> None:
     before = panel.call("/api/state")[1]
@@ -53,8 +73,9 @@ def test_card_moved_by_the_api_is_read_by_the_host(panel: Panel) -> None:
     assert "6222021234567894" in panel.qzctl("pan", "--contactless").stdout
 
 
-def test_keys_typed_through_the_api_reach_a_waiting_host(panel: Panel) -> None:
-    waiting = panel.qzctl("pin", "--clear", "--timeout", "20", wait=False)
+@pytest.mark.parametrize("entry", [("pin", "--clear", "--timeout", "20"), ("pinpad", "enter", "--clear", "-t", "20")])
+def test_keys_typed_through_the_api_reach_a_waiting_host(panel: Panel, entry: tuple) -> None:
+    waiting = panel.qzctl(*entry, wait=False)
     for _ in range(100):
         prompt = panel.call("/api/state")[1].get("prompt")
         if prompt:

@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "sim/endpoints/web/panel_files.h"
+#include "sim/endpoints/web/traffic_names.h"
 #include "sim/models/control/control_model.h"
 #include "sim/models/lcd/lcd_model.h"
 #include "sim/models/screen/png_file.h"
@@ -92,6 +93,10 @@ void WebPanel::add_routes() {
     server_->Get("/api/state", [this](const httplib::Request&, httplib::Response& response) {
         std::lock_guard guard(lock_);
         send_json(response, actions_.state(HoldClock::now()));
+    });
+    server_->Get("/api/names", [this](const httplib::Request&, httplib::Response& response) {
+        std::lock_guard guard(lock_);
+        send_json(response, traffic_names(terminal_));
     });
     server_->Get("/api/screen.png", [this](const httplib::Request&, httplib::Response& response) {
         std::lock_guard guard(lock_);

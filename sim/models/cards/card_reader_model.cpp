@@ -34,8 +34,11 @@ CardReaderModel::CardReaderModel(const CardsConfig& cards) {
 std::vector<Route> CardReaderModel::routes() const {
     const std::vector<std::uint8_t> card_instructions{instruction_activate, instruction_exchange,
                                                       instruction_deactivate};
-    std::vector<Route> routes{{field_class, card_instructions}};
-    for (std::uint8_t class_byte : slot_classes) routes.push_back({class_byte, card_instructions});
+    const std::map<std::uint8_t, std::string> names{
+        {instruction_activate, "activate"}, {instruction_exchange, "APDU"}, {instruction_deactivate, "deactivate"}};
+    std::vector<Route> routes{Route{field_class, card_instructions}.named("contactless card", names)};
+    for (std::size_t slot = 0; slot < contact_slot_count; ++slot)
+        routes.push_back(Route{slot_classes[slot], card_instructions}.named("slot " + std::to_string(slot), names));
     return routes;
 }
 

@@ -23,24 +23,27 @@ std::size_t eeprom_count(std::span<const std::uint8_t> body) { return (std::size
 }  // namespace
 
 const std::array<ControlModel::Instruction, 11> ControlModel::instructions{{
-    {0x01, 1, &ControlModel::version},
-    {0x02, 4, &ControlModel::beep},
-    {0x03, 2, &ControlModel::display},
-    {0x04, 2, &ControlModel::speed},
-    {0x07, 1, &ControlModel::card_state},
-    {0x08, 2 + serial_number_length, &ControlModel::write_serial_number},
-    {0x09, 2, &ControlModel::read_serial_number},
-    {0x0A, std::nullopt, &ControlModel::write_eeprom},
-    {0x0B, eeprom_header, &ControlModel::read_eeprom},
-    {0x0F, 1, &ControlModel::registration_number},
-    {echo_instruction, std::nullopt, &ControlModel::echo},
+    {0x01, 1, &ControlModel::version, "version"},
+    {0x02, 4, &ControlModel::beep, "buzzer"},
+    {0x03, 2, &ControlModel::display, "display mode"},
+    {0x04, 2, &ControlModel::speed, "serial speed"},
+    {0x07, 1, &ControlModel::card_state, "card state"},
+    {0x08, 2 + serial_number_length, &ControlModel::write_serial_number, "serial number write"},
+    {0x09, 2, &ControlModel::read_serial_number, "serial number read"},
+    {0x0A, std::nullopt, &ControlModel::write_eeprom, "EEPROM write"},
+    {0x0B, eeprom_header, &ControlModel::read_eeprom, "EEPROM read"},
+    {0x0F, 1, &ControlModel::registration_number, "registration number"},
+    {echo_instruction, std::nullopt, &ControlModel::echo, "echo"},
 }};
 
 ControlModel::ControlModel(ControlConfig config, SharedState& shared) : config_(std::move(config)), shared_(shared) {}
 
 std::vector<Route> ControlModel::routes() const {
-    Route route{control_class, {}};
-    for (const Instruction& instruction : instructions) route.instructions.push_back(instruction.code);
+    Route route = Route{control_class, {}}.named("terminal");
+    for (const Instruction& instruction : instructions) {
+        route.instructions.push_back(instruction.code);
+        route.names[instruction.code] = instruction.name;
+    }
     return {route};
 }
 

@@ -70,6 +70,7 @@ private:
         std::uint8_t code;
         std::optional<std::size_t> body_length;  // nothing: the command checks its own length
         Reply (ControlModel::*run)(std::span<const std::uint8_t>);
+        const char* name;
     };
     static const std::array<Instruction, 11> instructions;
 

@@ -27,8 +27,10 @@ void append(std::vector<std::uint8_t>& out, std::span<const std::uint8_t> bytes)
 IdentityModel::IdentityModel(IdentityConfig config) : config_(std::move(config)) {}
 
 std::vector<Route> IdentityModel::routes() const {
-    return {{module_class, {read_instruction, module_id_instruction}},
-            {recording_class, {read_with_finger_instruction}}};
+    return {Route{module_class, {read_instruction, module_id_instruction}}.named(
+                "identity module", {{read_instruction, "read card"}, {module_id_instruction, "module identifier"}}),
+            Route{recording_class, {read_with_finger_instruction}}.named(
+                "identity module", {{read_with_finger_instruction, "read card with finger data"}})};
 }
 
 Reply IdentityModel::handle(const Command& command) {

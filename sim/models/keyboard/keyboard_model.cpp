@@ -90,7 +90,9 @@ KeyboardConfig parse_keyboard(const nlohmann::json& document) {
     return config;
 }
 
-std::vector<Route> KeyboardModel::routes() const { return {{pass_class, {pass_instruction}, true}}; }
+std::vector<Route> KeyboardModel::routes() const {
+    return {Route{pass_class, {pass_instruction}, true}.named("keyboard", {{pass_instruction, "keyboard message"}})};
+}
 
 bool KeyboardModel::takes(const Command& command) const {
     const auto body = command.body();

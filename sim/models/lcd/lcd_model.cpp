@@ -33,8 +33,13 @@ std::vector<std::uint8_t> glyph_cells(std::span<const std::uint8_t> rows, int wi
 }  // namespace
 
 std::vector<Route> LcdModel::routes() const {
-    return {{lcd_class, {cells_instruction, clear_instruction, text_instruction, brightness_instruction,
-                         backlight_instruction}}};
+    return {Route{lcd_class, {cells_instruction, clear_instruction, text_instruction, brightness_instruction,
+                              backlight_instruction}}
+                .named("LCD", {{cells_instruction, "cells"},
+                               {clear_instruction, "clear"},
+                               {text_instruction, "text"},
+                               {brightness_instruction, "brightness"},
+                               {backlight_instruction, "backlight delay"}})};
 }
 
 Reply LcdModel::handle(const Command& command) {

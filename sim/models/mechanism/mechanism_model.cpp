@@ -66,9 +66,13 @@ std::optional<MechanismConfig> parse_mechanism(const nlohmann::json& document) {
 }
 
 std::vector<Route> MechanismModel::routes() const {
-    return {{mechanism_class, {device_status, query, aging, move}},
-            {mechanism_class, {return_to_gate, gate_test, motor_test}, true},
-            {pass_class, {pass_data, card_identity}}};
+    return {Route{mechanism_class, {device_status, query, aging, move}}.named(
+                "mechanism", {{device_status, "device status"}, {query, "card position"}, {aging, "aging test"},
+                              {move, "move card"}}),
+            Route{mechanism_class, {return_to_gate, gate_test, motor_test}, true}.named(
+                "mechanism", {{return_to_gate, "return card"}, {gate_test, "gate test"}, {motor_test, "motor test"}}),
+            Route{pass_class, {pass_data, card_identity}}.named(
+                "mechanism", {{pass_data, "pass-through"}, {card_identity, "card identity"}})};
 }
 
 bool MechanismModel::takes(const Command& command) const {

@@ -1,5 +1,8 @@
 #include "sim/models/memcards/memory_card_model.h"
 
+#include <map>
+#include <string>
+
 #include "sim/core/status.h"
 #include "sim/models/cards/card_reader_model.h"
 
@@ -18,6 +21,63 @@ enum RecordInstruction : std::uint8_t { record_open = 0x01, record_close = 0x02,
 constexpr std::array<std::pair<std::uint8_t, std::uint8_t>, 4> chip_instructions{
     {{0x40, 0x47}, {0x60, 0x7F}, {0x83, 0x89}, {0x90, 0x97}}};
 
+// What the chips' commands do, for a traffic view.
+const std::map<std::uint8_t, std::string> chip_instruction_names{
+    {0x40, "SLE4442 read"},
+    {0x41, "SLE4442 write"},
+    {0x42, "SLE4442 PSC check"},
+    {0x43, "SLE4442 PSC read"},
+    {0x44, "SLE4442 PSC change"},
+    {0x45, "SLE4442 protection read"},
+    {0x46, "SLE4442 protection write"},
+    {0x47, "SLE4442 error counter"},
+    {0x60, "AT88SC102 code check"},
+    {0x61, "AT88SC102 code change"},
+    {0x62, "AT88SC102 code read"},
+    {0x63, "AT88SC102 zone 1 erase key check"},
+    {0x64, "AT88SC102 zone 2 erase key check"},
+    {0x65, "AT88SC102 zone 1 erase key change"},
+    {0x66, "AT88SC102 zone 2 erase key change"},
+    {0x67, "AT88SC102 zone 1 erase key read"},
+    {0x68, "AT88SC102 zone 2 erase key read"},
+    {0x69, "AT88SC102 error counter"},
+    {0x6A, "AT88SC102 erase counter"},
+    {0x6B, "AT88SC102 selector 1 clear"},
+    {0x6E, "AT88SC102 selector 4 clear"},
+    {0x6F, "AT88SC102 zone 1 read"},
+    {0x70, "AT88SC102 zone 2 read"},
+    {0x71, "AT88SC102 zone 1 erase"},
+    {0x72, "AT88SC102 zone 2 erase"},
+    {0x73, "AT88SC102 zone 2 erase by the issuer"},
+    {0x74, "AT88SC102 fuse set"},
+    {0x75, "AT88SC102 fuse clear"},
+    {0x76, "AT88SC102 zone 1 write"},
+    {0x77, "AT88SC102 zone 2 write"},
+    {0x78, "AT88SC102 zone 2 write by the issuer"},
+    {0x79, "AT88SC102 issuer fuse blow"},
+    {0x7A, "AT88SC102 EC2EN fuse blow"},
+    {0x7B, "AT88SC102 answer read"},
+    {0x7C, "AT88SC102 issuer area write"},
+    {0x7D, "AT88SC102 issuer area read"},
+    {0x7E, "AT88SC102 protect area write"},
+    {0x7F, "AT88SC102 protect area read"},
+    {0x83, "SLE4428 PSC change"},
+    {0x84, "SLE4428 PSC check"},
+    {0x85, "SLE4428 read"},
+    {0x86, "SLE4428 write"},
+    {0x87, "SLE4428 protection read"},
+    {0x88, "SLE4428 protection write"},
+    {0x89, "SLE4428 error counter"},
+    {0x90, "AT88SC1604 or AT24C01A read"},
+    {0x91, "AT88SC1604 or AT24C01A write"},
+    {0x92, "AT88SC1604 code write"},
+    {0x93, "AT88SC1604 erase"},
+    {0x94, "AT88SC1604 code check"},
+    {0x95, "AT88SC1604 erase key check"},
+    {0x96, "AT88SC1604 fuse"},
+    {0x97, "AT88SC1604 personalise"},
+};
+
 }  // namespace
 
 MemoryCardModel::MemoryCardModel(const MemoryCardsConfig& config) {
@@ -26,11 +86,15 @@ MemoryCardModel::MemoryCardModel(const MemoryCardsConfig& config) {
 }
 
 std::vector<Route> MemoryCardModel::routes() const {
-    Route cards{card_class, {select_instruction, answer_instruction}};
+    auto names = chip_instruction_names;
+    names[select_instruction] = "slot select";
+    names[answer_instruction] = "card type";
+    Route cards = Route{card_class, {select_instruction, answer_instruction}}.named("memory card", std::move(names));
     for (const auto& [first, last] : chip_instructions)
         for (unsigned instruction = first; instruction <= last; ++instruction)
             cards.instructions.push_back(static_cast<std::uint8_t>(instruction));
-    return {cards, {record_class, {record_open, record_close, record_value}}};
+    return {cards, Route{record_class, {record_open, record_close, record_value}}.named(
+                       "record", {{record_open, "open"}, {record_close, "close"}, {record_value, "value"}})};
 }
 
 bool MemoryCardModel::holds(CardLocation location, std::size_t slot) const {

@@ -33,7 +33,9 @@ KeypadConfig parse_keypad(const nlohmann::json& document) {
 
 KeypadModel::KeypadModel(KeypadConfig config) : config_(std::move(config)), key_table_(keypad_key_table()) {}
 
-std::vector<Route> KeypadModel::routes() const { return {{control_class, {keypad_instruction}, true}}; }
+std::vector<Route> KeypadModel::routes() const {
+    return {Route{control_class, {keypad_instruction}, true}.named("keypad", {{keypad_instruction, "PIN entry"}})};
+}
 
 bool KeypadModel::takes(const Command& command) const {
     const auto body = command.body();

@@ -92,22 +92,25 @@ PinPadConfig parse_pinpad(const nlohmann::json& document) {
 }
 
 const std::array<PinPadModel::SubCommand, 11> PinPadModel::sub_commands{{
-    {0x01, std::nullopt, &PinPadModel::set_timeout},
-    {0x02, std::nullopt, &PinPadModel::set_pin_length},
-    {0x03, std::nullopt, &PinPadModel::load_main_key},
-    {0x04, std::nullopt, &PinPadModel::load_work_key},
-    {0x05, true, &PinPadModel::clear_entry},
-    {0x06, true, &PinPadModel::encrypted_entry},
-    {0x07, std::nullopt, &PinPadModel::load_work_key},
-    {0x08, std::nullopt, &PinPadModel::entry_without_card},
-    {0x09, false, &PinPadModel::clear_entry},
-    {0x0A, false, &PinPadModel::encrypted_entry},
-    {0x0E, std::nullopt, &PinPadModel::set_output_mode},
+    {0x01, std::nullopt, &PinPadModel::set_timeout, "time-out"},
+    {0x02, std::nullopt, &PinPadModel::set_pin_length, "PIN length"},
+    {0x03, std::nullopt, &PinPadModel::load_main_key, "main key load"},
+    {0x04, std::nullopt, &PinPadModel::load_work_key, "work key load"},
+    {0x05, true, &PinPadModel::clear_entry, "PIN entry, clear"},
+    {0x06, true, &PinPadModel::encrypted_entry, "PIN entry, encrypted"},
+    {0x07, std::nullopt, &PinPadModel::load_work_key, "work key load (second form)"},
+    {0x08, std::nullopt, &PinPadModel::entry_without_card, "PIN entry, encrypted, no card number"},
+    {0x09, false, &PinPadModel::clear_entry, "PIN entry, clear, or next key"},
+    {0x0A, false, &PinPadModel::encrypted_entry, "PIN entry, encrypted, or next key as *"},
+    {0x0E, std::nullopt, &PinPadModel::set_output_mode, "output mode"},
 }};
 
 std::vector<Route> PinPadModel::routes() const {
-    Route route{pad_class, {}};
-    for (const SubCommand& sub_command : sub_commands) route.instructions.push_back(sub_command.code);
+    Route route = Route{pad_class, {}}.named("PIN pad");
+    for (const SubCommand& sub_command : sub_commands) {
+        route.instructions.push_back(sub_command.code);
+        route.names[sub_command.code] = sub_command.name;
+    }
     return {route};
 }
 

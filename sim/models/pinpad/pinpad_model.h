@@ -97,6 +97,7 @@ private:
         std::uint8_t code;
         std::optional<bool> type_one;  // set: only a pad of type 1 (true) or of another type answers
         Reply (PinPadModel::*run)(std::span<const std::uint8_t>);
+        const char* name;
     };
     static const std::array<SubCommand, 11> sub_commands;
 

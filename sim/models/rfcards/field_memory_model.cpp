@@ -1,5 +1,8 @@
 #include "sim/models/rfcards/field_memory_model.h"
 
+#include <map>
+#include <string>
+
 #include "sim/core/status.h"
 #include "sim/models/cards/card_reader_model.h"
 #include "sim/models/rfcards/field_config.h"
@@ -24,7 +27,10 @@ constexpr std::uint8_t antenna_working = 0x00;
 constexpr std::uint8_t select_any = 1;
 
 // The card commands, which the selected card carries out.
-const std::vector<std::uint8_t> card_instructions{0x46, 0x47, 0x48, 0x49, 0x4A, 0x4B, 0x4C, 0x4F, 0x50, 0x5F};
+const std::map<std::uint8_t, std::string> card_instruction_names{
+    {0x46, "read"},      {0x47, "sector card write"}, {0x48, "increment"},      {0x49, "decrement"},
+    {0x4A, "restore"},   {0x4B, "transfer"},          {0x4C, "page card write"}, {0x4F, "page card authenticate"},
+    {0x50, "page range read"}, {0x5F, "sector card authenticate"}};
 
 bool bare(std::span<const std::uint8_t> body) { return body.size() == 1 && body[0] == 0; }
 
@@ -38,11 +44,18 @@ FieldMemoryModel::FieldMemoryModel(std::vector<std::unique_ptr<FieldCard>> cards
 std::vector<Route> FieldMemoryModel::routes() const {
     std::vector<std::uint8_t> field{instruction_deselect, instruction_select, instruction_halt,
                                     instruction_reset_field};
-    field.insert(field.end(), card_instructions.begin(), card_instructions.end());
-    return {{field_class, field},
-            {field_status_class, {instruction_field_status}},
-            {field_class, {instruction_activate}, true},
-            {terminal_class, {instruction_antenna, instruction_uids}, true}};
+    for (const auto& [instruction, name] : card_instruction_names) field.push_back(instruction);
+    std::map<std::uint8_t, std::string> names{{instruction_deselect, "deselect"},
+                                              {instruction_select, "select"},
+                                              {instruction_halt, "halt"},
+                                              {instruction_reset_field, "field reset"}};
+    for (const auto& [instruction, name] : card_instruction_names) names[instruction] = name;
+    return {Route{field_class, field}.named("contactless memory card", std::move(names)),
+            Route{field_status_class, {instruction_field_status}}.named("field", {{instruction_field_status, "state"}}),
+            Route{field_class, {instruction_activate}, true}.named("contactless memory card",
+                                                                   {{instruction_activate, "activate"}}),
+            Route{terminal_class, {instruction_antenna, instruction_uids}, true}.named(
+                "field", {{instruction_antenna, "antenna"}, {instruction_uids, "card UIDs"}})};
 }
 
 // An activation is the microprocessor card's while one is in the field. Of class

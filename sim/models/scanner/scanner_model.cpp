@@ -40,9 +40,11 @@ bool is_wait(std::uint8_t wait) { return wait >= shortest_wait && wait <= longes
 }  // namespace
 
 std::vector<Route> ScannerModel::routes() const {
-    return {{scanner_class, {polled, reading, output}},
-            {scanner_class, {read_code}, true},
-            {pass_class, {pass_instruction}, true}};
+    return {Route{scanner_class, {polled, reading, output}}.named(
+                "scanner",
+                {{polled, "continuous or polled reading"}, {reading, "polled reading on/off"}, {output, "output"}}),
+            Route{scanner_class, {read_code}, true}.named("scanner", {{read_code, "read code"}}),
+            Route{pass_class, {pass_instruction}, true}.named("scanner", {{pass_instruction, "scanner message"}})};
 }
 
 bool ScannerModel::takes(const Command& command) const {

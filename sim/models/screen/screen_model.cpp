@@ -53,7 +53,25 @@ ScreenConfig parse_screen(const nlohmann::json& document) {
     return config;
 }
 
-std::vector<Route> ScreenModel::routes() const { return {Route{screen_class, {}}}; }
+std::vector<Route> ScreenModel::routes() const {
+    return {Route{screen_class, {}}.named(
+        "screen", {{fill_instruction, "fill"},
+                   {clear_instruction, "clear"},
+                   {clear_rect_instruction, "clear area"},
+                   {activate_instruction, "show page"},
+                   {text_instruction, "text"},
+                   {picture_instruction, "picture"},
+                   {monochrome_instruction, "monochrome picture"},
+                   {store_page_instruction, "store page"},
+                   {store_screen_instruction, "store screen"},
+                   {text_instruction + data_offset, "text data"},
+                   {picture_instruction + data_offset, "picture data"},
+                   {monochrome_instruction + data_offset, "monochrome data"},
+                   {store_page_instruction + data_offset, "page data"},
+                   {store_screen_instruction + data_offset, "screen data"},
+                   {sleep_instruction, "auto sleep"},
+                   {vendor_instruction, "vendor"}})};
+}
 
 Reply ScreenModel::handle(const Command& command) {
     const auto body = command.body();

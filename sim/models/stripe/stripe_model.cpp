@@ -33,7 +33,10 @@ StripeConfig parse_stripe(const nlohmann::json& document) {
     return config;
 }
 
-std::vector<Route> StripeModel::routes() const { return {{stripe_class, {set_mode, read_tracks}}}; }
+std::vector<Route> StripeModel::routes() const {
+    return {Route{stripe_class, {set_mode, read_tracks}}.named(
+        "stripe reader", {{set_mode, "reading mode"}, {read_tracks, "read tracks"}})};
+}
 
 Reply StripeModel::handle(const Command& command) {
     const auto body = command.body();
