@@ -110,18 +110,6 @@ TEST_F(BankWalk, ReadsNameAndPanFromTheRecordsOnBothPaths) {
                      0x46, 0x30, 0x31, 0x00}));
 }
 
-TEST_F(BankWalk, ContactReadUsesTheSlotsClass) {
-    load_card(contact);
-    Outputs out;
-    ASSERT_EQ(read(contact, out, 3), 0);
-    EXPECT_EQ(card.activations, std::vector<std::uint8_t>{0xC4});
-    for (const Bytes& frame : os.requests) EXPECT_EQ(frame[3], 0xC4);
-
-    os.requests.clear();
-    EXPECT_EQ(read(contact, out, 5), -19);
-    EXPECT_TRUE(os.requests.empty());
-}
-
 // The extended name 9F0B counts only without contact; the walk stops where the
 // second value appears.
 TEST_F(BankWalk, ExtendedNameAndWhereTheWalkStops) {
@@ -266,18 +254,6 @@ TEST_F(BankWalk, DirectoryRecordIsOptionalOnlyWithoutContact) {
                 EXPECT_EQ(card.deactivations.size(), directory_sfi.empty() ? 0u : 1u);
             }
         }
-    }
-}
-
-TEST_F(BankWalk, ActivationFailureIsReturnedAsItStands) {
-    for (const Path& path : paths) {
-        os.requests.clear();
-        os.respond = [](const Bytes&) { return make_reply(0x0005); };
-        Outputs out;
-        EXPECT_EQ(read(path, out), -5) << path.name;
-        EXPECT_EQ(os.requests.size(), 1u) << path.name;
-        EXPECT_EQ(out.pan_length, 0);
-        EXPECT_EQ(out.name_length, 0);
     }
 }
 

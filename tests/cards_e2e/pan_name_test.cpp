@@ -3,13 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <optional>
 #include <ostream>
 #include <string>
 
 #include "qz_32.h"
 #include "sim/models/cards/card_reader_model.h"
-#include "sim/models/rfcards/field_memory_model.h"
 #include "support/payloads.h"
 #include "support/simulated_terminal.h"
 
@@ -21,7 +19,6 @@ using sim::CardLocation;
 
 constexpr int walk_refused = -19;
 constexpr int tag_missing = -21;
-constexpr int no_card = -0x6401;
 
 Bytes text(std::string_view characters) { return {characters.begin(), characters.end()}; }
 
@@ -38,16 +35,14 @@ struct PanAndName {
     Bytes name;
 };
 
-// GetPanNoCardHldName, or the export of the path given.
-PanAndName read(int icdev, std::optional<CardLocation> location = std::nullopt) {
+// The export of the path given.
+PanAndName read(int icdev, CardLocation location) {
     std::array<unsigned char, 1024> pan{};
     std::array<unsigned char, 1024> name{};
     unsigned short pan_length = 0;
     unsigned short name_length = 0;
     int result = 0;
-    if (!location)
-        result = GetPanNoCardHldName(icdev, pan.data(), &pan_length, name.data(), &name_length);
-    else if (*location == CardLocation::field)
+    if (location == CardLocation::field)
         result = NC_GetPanNoCardHldName(icdev, pan.data(), &pan_length, name.data(), &name_length);
     else
         result = ICC_GetPanNoCardHldName(icdev, 0, pan.data(), &pan_length, name.data(), &name_length);
@@ -109,31 +104,6 @@ TEST_P(Profiles, PanNameAndTheApdusSpent) {
 
 INSTANTIATE_TEST_SUITE_P(CardsEndToEnd, Profiles, ::testing::ValuesIn(profile_cases),
                          [](const auto& info) { return std::string(info.param.profile); });
-
-TEST(CardsEndToEnd, DefaultCardsByTheCardStateOverBothLinks) {
-    for (const Link link : {Link::hid, Link::serial}) {
-        SCOPED_TRACE(link == Link::hid ? "HID" : "serial");
-        SimulatedTerminal connection(shipped_scenario(), link);
-        ASSERT_GT(connection.icdev, 1);
-        auto& readers = connection.model<sim::CardReaderModel>();
-
-        // Both cards in: the state says contactless.
-        const auto both = read(connection.icdev);
-        EXPECT_EQ(both.result, 0);
-        EXPECT_EQ(both.pan, "6222021234567894");
-        EXPECT_EQ(both.name, text("ZHANG/SAN"));
-
-        readers.take(CardLocation::field);
-        connection.model<sim::FieldMemoryModel>().take_out(CardLocation::field, 0);  // the sector card too
-        const auto contact = read(connection.icdev);
-        EXPECT_EQ(contact.result, 0);
-        EXPECT_EQ(contact.pan, "6222025678901238");
-        EXPECT_EQ(contact.name, text("LI/SI"));
-
-        readers.take(CardLocation::slot, 0);
-        EXPECT_EQ(read(connection.icdev).result, no_card) << "no card: state 0, the contact slot, whose power-on fails";
-    }
-}
 
 }  // namespace
 }  // namespace qz::test

@@ -1,5 +1,5 @@
 // open_device and close_device with the real backends: the HID node before the
-// serial port, a silent terminal, busy, missing and unusable ports.
+// serial port, busy, missing and unusable ports.
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -31,17 +31,6 @@ TEST_F(OpenDevice, TakesTheHidNodeAndLeavesTheSerialPortAlone) {
     EXPECT_FALSE(serial.opened()) << "the serial port was opened although the HID node answered";
     EXPECT_EQ(device.close(), 0);
     EXPECT_FALSE(held_open(sim->hid_node()));
-}
-
-TEST_F(OpenDevice, TakesTheSerialPortWithoutANode) {
-    if (!start(Link::serial)) return;
-    Device device;
-    ASSERT_GT(device.handle(), 1);
-    EXPECT_EQ(descriptor_target(device.handle()), sim->serial_device());
-    EXPECT_EQ(link_state().kind, LinkKind::serial);
-    EXPECT_EQ(link_state().read_ms, 5000u);
-    EXPECT_EQ(device.close(), 0);
-    EXPECT_FALSE(held_open(sim->serial_device()));
 }
 
 TEST_F(OpenDevice, ASecondOpenFindsTheNodeHeldAndTakesTheSerialPort) {
@@ -99,29 +88,6 @@ TEST(OpenDeviceWithoutTerminal, MissingAndUnusablePortsAndForeignHandles) {
     EXPECT_EQ(close_device(foreign.get()), -1);
     EXPECT_NE(fcntl(foreign.get(), F_GETFD), -1);
 }
-
-class SilentTerminal : public SimulatorTest, public ::testing::WithParamInterface<Link> {};
-
-TEST_P(SilentTerminal, GivesZeroAndClosesTheLinkAgain) {
-    if (!start(GetParam(), nlohmann::json::array({fault_once(0x01, {{"kind", "silence"}})}))) return;
-    const fs::path served = GetParam() == Link::hid ? sim->hid_node() : sim->serial_device();
-    const OpenWatch serial(sim->serial_device());
-
-    EXPECT_EQ(open_device(0, 115200), 0);
-    EXPECT_FALSE(held_open(served)) << "the link stayed open";
-    EXPECT_EQ(link_state().read_ms, 5000u);
-    if (GetParam() == Link::hid) {
-        EXPECT_FALSE(serial.opened()) << "a silent HID terminal led to the serial port";
-    }
-
-    // The silence lasted one version request: the next open finds the link free.
-    Device device;
-    ASSERT_GT(device.handle(), 1);
-    EXPECT_EQ(descriptor_target(device.handle()), served);
-}
-
-INSTANTIATE_TEST_SUITE_P(Links, SilentTerminal, ::testing::Values(Link::hid, Link::serial),
-                         [](const auto& info) { return link_name(info.param); });
 
 }  // namespace
 }  // namespace qz::test

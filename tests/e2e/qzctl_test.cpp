@@ -52,15 +52,6 @@ TEST_F(Qzctl, EepromWrittenIsReadBackFromTheSameSimulator) {
     EXPECT_EQ(result["data"], "FFFF48656C6C6FFFFF");
 }
 
-TEST_F(Qzctl, ATerminalStatusFailsTheCommand) {
-    if (!start(Link::serial, nlohmann::json::array({fault_once(0x0B, {{"kind", "status"}, {"status", "0x6A82"}})})))
-        return;
-    const auto run = qzctl({"eeprom", "read", "0", "4"}, to_sim());
-    EXPECT_EQ(run.exit_code, 1);
-    EXPECT_EQ(run.out, "");
-    EXPECT_NE(run.err.find("reading the EEPROM failed: terminal status 6A82"), std::string::npos) << run.err;
-}
-
 TEST_F(Qzctl, ExitCodesOfFailuresBeforeAnyCommand) {
     const fs::path ports = folder.path() / "ports";
     fs::create_directory(ports);

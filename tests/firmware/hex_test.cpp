@@ -1,7 +1,6 @@
-// The HEX reader on files made by objcopy and on hostile ones.
+// The HEX reader on records of mixed lengths and on hostile files.
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <string>
 
 #include "firmware/intel_hex.h"
@@ -12,15 +11,6 @@ namespace {
 
 firmware::HexImage parse(const std::string& text) {
     return firmware::parse_hex_image(std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
-}
-
-TEST(IntelHex, ObjcopyFileGivesTheBinary) {
-    std::ifstream binary(QZ_32_SAMPLE_BIN, std::ios::binary);
-    const Bytes expected{std::istreambuf_iterator<char>(binary), {}};
-    const auto image = firmware::read_hex_image(QZ_32_SAMPLE_HEX);
-    ASSERT_EQ(image.status, 0);
-    EXPECT_EQ(image.bytes, expected);
-    EXPECT_EQ(firmware::read_hex_image("/nonexistent/fw.hex").status, -89);
 }
 
 TEST(IntelHex, RecordsOfMixedLengthsInFileOrder) {

@@ -29,7 +29,8 @@ RecordKind parse_kind(const json& value, const std::string& where) {
 
 void check_keys(const json& value, RecordKind kind, const std::string& where) {
     const auto fields = fields_of(kind);
-    for (const auto& [key, item] : value.items()) {
+    for (const auto& item : value.items()) {
+        const std::string& key = item.key();  // a named variable: lambdas cannot capture bindings in clang 14
         const bool field =
             std::any_of(fields.begin(), fields.end(), [&](const FieldPlace& place) { return place.key == key; });
         if (!field && std::find(card_keys.begin(), card_keys.end(), key) == card_keys.end())
