@@ -7,7 +7,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev libssl-dev
   nlohmann-json3-dev libcli11-dev libfuse3-dev fuse3 libstb-dev
   libfreetype-dev fonts-wqy-zenhei xfonts-unifont
-  python3-venv python3-setuptools python3-wheel python3-pytest mypy
+  python3-venv python3-pytest mypy
   g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix googletest wine64
   libcpp-httplib-dev chromium chromium-driver python3-selenium
 )
