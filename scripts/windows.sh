@@ -24,15 +24,28 @@ for arch in x86_64 i686; do
   cmake --build --preset "windows-$arch" -j"$jobs" "${targets[@]}"
 done
 
+# The names a DLL exports, sorted.
+dll_exports() {
+  "$1-objdump" -p "$2" | sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/{/^\s*\[ *[0-9]/s/^.*\] //p}' | sort
+}
+
 # Every name of the .def is exported, and nothing else; on 32 bits each one is
-# the stdcall function _name@bytes, whose arguments take 4 bytes each.
+# the stdcall function _name@bytes, whose arguments take 4 bytes each. The
+# components export their one entry each, by its plain name.
 check_exports() {
   local arch=$1 triplet=$2
   local dir=build/windows-$arch/lib
-  local expected exported
+  local expected exported component
+  for component in GetInfo:GetBmp FontMaker:getFontBit; do
+    exported=$(dll_exports "$triplet" "$dir/${component%%:*}.dll")
+    if [ "$exported" != "${component#*:}" ]; then
+      echo "windows-$arch: ${component%%:*}.dll exports '$exported', not ${component#*:} alone" >&2
+      return 1
+    fi
+  done
+  echo "windows-$arch: GetInfo.dll and FontMaker.dll export their entries alone"
   expected=$(sed -n 's/^    //p' "$dir/qz_32.def" | sort)
-  exported=$("$triplet-objdump" -p "$dir/qz_32.dll" |
-    sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/{/^\s*\[ *[0-9]/s/^.*\] //p}' | sort)
+  exported=$(dll_exports "$triplet" "$dir/qz_32.dll")
   if [ "$expected" != "$exported" ]; then
     echo "windows-$arch: the exports of qz_32.dll differ from qz_32.def:" >&2
     diff <(echo "$expected") <(echo "$exported") >&2 || true
