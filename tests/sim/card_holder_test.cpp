@@ -62,6 +62,9 @@ TEST(CardHolders, CardStateAndActivationFollowEveryKindOfCard) {
         EXPECT_EQ(activation.status, step.activation ? status::ok : status::no_card);
         EXPECT_EQ(activation.data, step.activation ? hex(step.activation) : test::Bytes{});
     }
+    // A memory card's activation takes the modes of a selection only.
+    move_card(*terminal, ultralight, CardLocation::field, 0);
+    EXPECT_EQ(terminal->execute(hex("C1 30 00 02")).status, status::out_of_range);
 }
 
 }  // namespace
