@@ -31,11 +31,8 @@ protected:
 TEST_F(Commands, PayloadsOfTheMechanismStripeAndScanner) {
     const unsigned char data[3] = {0xA1, 0xB2, 0xC3};
     unsigned char length = 0;
-    struct Case {
-        std::function<int()> call;
-        Bytes payload;
-    };
-    const std::vector<Case> cases{
+    answer_with({0x80});
+    expect_payloads(os, {
         {[&] { return ds_command_trn(icdev, data, 3, out.data(), &rlen); }, {0xC8, 0x00, 0x00, 0xA1, 0xB2, 0xC3}},
         {[&] { return return_card(icdev); }, {0x00, 0x10, 0x00}},
         {[&] { return magnetic_gate_test(icdev, 0x42); }, {0x00, 0x11, 0x00, 0x42}},
@@ -51,12 +48,7 @@ TEST_F(Commands, PayloadsOfTheMechanismStripeAndScanner) {
         {[&] { return get_barcode(icdev, 10, &length, out.data()); }, {0xC6, 0x01, 0x00, 0x0A}},
         {[&] { return get_barcode_continuous(icdev, 5); }, {0xC6, 0x02, 0x00, 0x05}},
         {[&] { return set_scaner_output(icdev, 0xFF); }, {0xC6, 0x04, 0x00, 0xFF}},
-    };
-    answer_with({0x80});
-    for (const Case& c : cases) {
-        ASSERT_EQ(c.call(), 0);
-        EXPECT_EQ(last_payload(), c.payload);
-    }
+    });
     EXPECT_EQ(status, 128u) << "the status byte is widened, not sign-extended";
 }
 

@@ -123,26 +123,18 @@ TEST_F(HexPad, ActiveKeyPicksAWorkKeyWithinTheSmallRanges) {
 }
 
 TEST_F(HexPad, KeyDownloadsTurnTextIntoKeyBytes) {
-    struct Case {
-        std::function<int()> call;
-        Bytes payload;
-    };
     const Bytes key8{0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF};
     const Bytes key16 = concat({key8, {0xFE, 0xDC, 0xBA, 0x98, 0x76, 0x54, 0x32, 0x10}});
     const char* text16 = "0123456789abcdef";
     const char* text32 = "0123456789ABCDEFfedcba9876543210";
-    const std::vector<Case> cases{
+    expect_payloads(os, {
         {[&] { return mw_kb_downloadmainkey(icdev, 0, 3, text16); }, concat({{0xC5, 0x03, 0x00, 0x00, 0x03}, key8})},
         {[&] { return mw_kb_downloadmainkey(icdev, 1, 0, text32); }, concat({{0xC5, 0x03, 0x00, 0x01, 0x00}, key16})},
         {[&] { return mw_kb_downloaduserkey(icdev, 1, 2, 7, text32); },
          concat({{0xC5, 0x04, 0x00, 0x01, 0x02, 0x07}, key16})},
         {[&] { return mw_kb_downloaduserkey_nb(icdev, 0, 9, 200, text32); },
          concat({{0xC5, 0x07, 0x00, 0x00, 0x09, 200}, key8})},
-    };
-    for (const Case& c : cases) {
-        ASSERT_EQ(c.call(), 0);
-        EXPECT_EQ(last_payload(), c.payload);
-    }
+    });
 }
 
 TEST_F(HexPad, KeyDownloadsCheckNumbersAndTextBeforeSending) {

@@ -64,11 +64,7 @@ TEST_F(PadKeys, PinLengthOneToEighteenOpensTheSecondGate) {
 }
 
 TEST_F(PadKeys, KeyLoadsSendTheKeyAsGiven) {
-    struct Case {
-        std::function<int()> call;
-        Bytes payload;
-    };
-    const std::vector<Case> cases{
+    expect_payloads(os, {
         {[&] { return pwdkb_load_mainkey(icdev, 0, 3, key8.data()); }, concat({{0xC5, 0x03, 0x00, 0x00, 0x03}, key8})},
         {[&] { return pwdkb_load_mainkey(icdev, 1, 3, key16.data()); }, concat({{0xC5, 0x03, 0x00, 0x01, 0x03}, key16})},
         {[&] { return pwdkb_load_workkey(icdev, 0, 2, 9, key8.data()); },
@@ -77,11 +73,7 @@ TEST_F(PadKeys, KeyLoadsSendTheKeyAsGiven) {
          concat({{0xC5, 0x04, 0x00, 0x01, 0x02, 0x09}, key16})},
         {[&] { return pinpad::load_workkey_nb(icdev, 1, 2, 200, key16.data()); },
          concat({{0xC5, 0x07, 0x00, 0x01, 0x02, 200}, key16})},
-    };
-    for (const Case& c : cases) {
-        ASSERT_EQ(c.call(), 0);
-        EXPECT_EQ(last_payload(), c.payload);
-    }
+    });
     EXPECT_EQ(pad_state().pwdkb_work_keys, pinpad::KeyTable{}) << "a work key load keeps nothing on the host";
 }
 

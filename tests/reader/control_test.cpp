@@ -24,11 +24,9 @@ TEST_F(Control, PayloadsOfTheSimpleCommands) {
     unsigned char state = 0;
     unsigned char snr[256] = {1, 2, 3};
     const unsigned char serial[1] = {0x5A};
-    struct Case {
-        std::function<int()> call;
-        Bytes payload;
-    };
-    const std::vector<Case> cases{
+    // As many data bytes as asked for: an EEPROM read gets its range.
+    os.respond = [](const Bytes& frame) { return make_reply(0, Bytes(frame[4] == 0x0B ? 200 : 20, 0x00)); };
+    expect_payloads(os, {
         {[&] { return dev_setbaud(handle, 4); }, {0x00, 0x04, 0x00, 0x04}},
         {[&] { return dev_beep(handle, 0x11, 0x22, 0x33); }, {0x00, 0x02, 0x00, 0x33, 0x22, 0x11}},
         {[&] { return dev_disp(handle, 0x07); }, {0x00, 0x03, 0x00, 0x07}},
@@ -40,13 +38,7 @@ TEST_F(Control, PayloadsOfTheSimpleCommands) {
         {[&] { return dev_readeeprom(handle, 8, 3, snr); }, {0x00, 0x0B, 0x00, 0x04, 0x00, 0x04}},
         // The serial number always goes out as 20 bytes.
         {[&] { return dev_writesnr(handle, 1, serial); }, concat({{0x00, 0x08, 0x00, 0x14, 0x5A}, Bytes(19, 0x00)})},
-    };
-    // As many data bytes as asked for: an EEPROM read gets its range.
-    os.respond = [](const Bytes& frame) { return make_reply(0, Bytes(frame[4] == 0x0B ? 200 : 20, 0x00)); };
-    for (const auto& c : cases) {
-        ASSERT_EQ(c.call(), 0);
-        EXPECT_EQ(last_payload(), c.payload);
-    }
+    });
 }
 
 TEST_F(Control, ArgumentsOutOfRangeSendNothing) {
