@@ -44,20 +44,6 @@ TEST_F(SerialTransact, SilenceGivesNoStxAfterOneReadTime) {
     EXPECT_LE(os.platform.tick_ms() - start, 1100u);
 }
 
-TEST_F(SerialTransact, GarbageBeforeStxIsNotSkipped) {
-    os.respond = [](const Bytes&) {
-        Bytes stream{0xFF, 0x00};
-        const Bytes frame = make_reply(0);
-        stream.insert(stream.end(), frame.begin(), frame.end());
-        return stream;
-    };
-    EXPECT_EQ(transact({0x00}), -34);
-    // The next exchange purges the rest and works.
-    os.respond = [](const Bytes&) { return make_reply(0, {0x07}); };
-    EXPECT_EQ(transact({0x00}), 0);
-    EXPECT_EQ(reply[0], 0x07);
-}
-
 // A reply that stops coming ends at the first byte that does not come, however
 // much it announced, with no ETX at its end.
 TEST_F(SerialTransact, CutFrameEndsOneReadTimeAfterItsLastByte) {
@@ -74,24 +60,6 @@ TEST_F(SerialTransact, CutFrameEndsOneReadTimeAfterItsLastByte) {
             EXPECT_LE(os.platform.tick_ms() - start, 1000u + 100u);
             EXPECT_EQ(length, 0);
         }
-    }
-}
-
-TEST_F(SerialTransact, StatusAndChecksAsOnHid) {
-    Bytes bad_bcc = make_reply(0, {0x01});
-    bad_bcc[bad_bcc.size() - 2] ^= 1;
-    Bytes bad_etx = make_reply(0, {0x01});
-    bad_etx.back() = 0x00;
-    struct Case {
-        Bytes stream;
-        int result;
-    };
-    for (const Case& c : {Case{make_reply(0x6A82, {0x01}), -27266}, Case{bad_bcc, -36}, Case{bad_etx, -35},
-                          Case{{0x02, 0xFF, 0xF8}, -38}}) {
-        os.respond = [&](const Bytes&) { return c.stream; };
-        EXPECT_EQ(transact({0x00}), c.result);
-        EXPECT_EQ(length, 0);
-        EXPECT_EQ(reply[0], 0);
     }
 }
 
