@@ -61,16 +61,32 @@ std::vector<Route> Terminal::routes() const {
     return routes;
 }
 
+DeviceModel* Terminal::model_for(const Command& command) const {
+    const auto sharers = instruction_sharers_.equal_range({command.class_byte(), command.instruction()});
+    for (auto sharer = sharers.first; sharer != sharers.second; ++sharer)
+        if (sharer->second->takes(command)) return sharer->second;
+    if (DeviceModel* owner = class_owner_[command.class_byte()]) return owner;
+    const auto found = instruction_owner_.find({command.class_byte(), command.instruction()});
+    return found != instruction_owner_.end() ? found->second : nullptr;
+}
+
+std::string Terminal::command_name(std::span<const std::uint8_t> payload) const {
+    if (payload.size() < 2) return {};
+    const Command command{payload};
+    const DeviceModel* model = model_for(command);
+    if (!model) return {};
+    for (const Route& route : model->routes()) {
+        if (route.class_byte != command.class_byte()) continue;
+        if (const auto name = route.names.find(command.instruction()); name != route.names.end())
+            return route.device + ": " + name->second;
+    }
+    return {};
+}
+
 Reply Terminal::execute(std::span<const std::uint8_t> payload) {
     if (payload.size() < 2) return Reply::failure(status::damaged_request);
     const Command command{payload};
-    const auto sharers = instruction_sharers_.equal_range({command.class_byte(), command.instruction()});
-    for (auto sharer = sharers.first; sharer != sharers.second; ++sharer)
-        if (sharer->second->takes(command)) return sharer->second->handle(command);
-    if (DeviceModel* owner = class_owner_[command.class_byte()]) return owner->handle(command);
-    if (auto found = instruction_owner_.find({command.class_byte(), command.instruction()});
-        found != instruction_owner_.end())
-        return found->second->handle(command);
+    if (DeviceModel* model = model_for(command)) return model->handle(command);
     return Reply::failure(serves_instructions_of(command.class_byte()) ? status::instruction_unknown
                                                                        : status::class_unknown);
 }
@@ -92,6 +108,8 @@ std::vector<std::uint8_t> Terminal::answer(std::span<const std::uint8_t> request
     std::optional<Fault> fault;
     if (payload && payload->size() >= 2) fault = faults_.take((*payload)[0], (*payload)[1]);
 
+    // Named for a listener only, before the model acts (which may change what decides the model).
+    std::string command = payload && exchange_listener_ ? command_name(*payload) : std::string();
     Reply reply;
     if (!payload)
         reply = Reply::failure(status::damaged_request);
@@ -101,10 +119,10 @@ std::vector<std::uint8_t> Terminal::answer(std::span<const std::uint8_t> request
         reply = execute(*payload);
     const auto request = payload ? *payload : std::span<const std::uint8_t>{};
     if (reply.held) {
-        held_ = std::make_unique<Held>(Held{reply.held, {request.begin(), request.end()}, fault});
+        held_ = std::make_unique<Held>(Held{reply.held, {request.begin(), request.end()}, std::move(command), fault});
         return {};
     }
-    return send(reply, request, fault);
+    return send(reply, request, std::move(command), fault);
 }
 
 std::optional<std::vector<std::uint8_t>> Terminal::release(std::chrono::steady_clock::time_point now) {
@@ -112,7 +130,7 @@ std::optional<std::vector<std::uint8_t>> Terminal::release(std::chrono::steady_c
     auto reply = held_->reply->ready();
     if (!reply && now < held_->reply->deadline) return std::nullopt;
     const auto held = std::move(held_);
-    return send(reply ? *reply : held->reply->on_timeout, held->request, held->fault);
+    return send(reply ? *reply : held->reply->on_timeout, held->request, held->command, held->fault);
 }
 
 std::optional<Terminal::Waiting> Terminal::waiting(std::chrono::steady_clock::time_point now) const {
@@ -121,10 +139,11 @@ std::optional<Terminal::Waiting> Terminal::waiting(std::chrono::steady_clock::ti
     return Waiting{held_->reply->waiting_for, std::max(left, std::chrono::milliseconds(0))};
 }
 
-std::vector<std::uint8_t> Terminal::send(const Reply& reply, std::span<const std::uint8_t> request,
+std::vector<std::uint8_t> Terminal::send(const Reply& reply, std::span<const std::uint8_t> request, std::string command,
                                          const std::optional<Fault>& fault) {
     if (exchange_listener_)
         exchange_listener_({{request.begin(), request.end()},
+                            std::move(command),
                             reply.silent ? std::nullopt : std::optional(reply.status),
                             reply.data});
     if (reply.silent) return {};

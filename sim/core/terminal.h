@@ -48,6 +48,7 @@ struct Reply {
 // One request and the reply that went back, as a traffic view shows them.
 struct Exchange {
     std::vector<std::uint8_t> request;  // the payload: class, instruction, body
+    std::string command;                // what the answering model calls it; empty: unnamed
     std::optional<std::uint16_t> status;  // nothing: no reply went back
     std::vector<std::uint8_t> reply;    // the reply's data
 };
@@ -122,6 +123,9 @@ public:
 
     // The routes of every model, in the order the models were added.
     std::vector<Route> routes() const;
+    // "device: instruction" as the model that takes the request names it; empty
+    // when no model takes it or the model names no such instruction.
+    std::string command_name(std::span<const std::uint8_t> payload) const;
 
     // Carries out one request payload.
     Reply execute(std::span<const std::uint8_t> payload);
@@ -151,10 +155,13 @@ private:
     struct Held {
         std::shared_ptr<const HeldReply> reply;
         std::vector<std::uint8_t> request;
+        std::string command;
         std::optional<Fault> fault;
     };
-    std::vector<std::uint8_t> send(const Reply& reply, std::span<const std::uint8_t> request,
+    std::vector<std::uint8_t> send(const Reply& reply, std::span<const std::uint8_t> request, std::string command,
                                    const std::optional<Fault>& fault);
+    // The model that takes the command: a sharer that claims it, else the owner.
+    DeviceModel* model_for(const Command& command) const;
 
     // Some model serves single instructions of this class.
     bool serves_instructions_of(std::uint8_t class_byte) const;

@@ -130,7 +130,8 @@ function addTraffic(entry) {
   traffic.push(entry);
   const row = document.createElement('tr');
   if (entry.status !== 0) row.className = 'failed';
-  const cells = [traffic.length, entry.time, commandName(entry.request), entry.request, statusText(entry.status), entry.reply];
+  const cells = [traffic.length, entry.time, entry.command || commandName(entry.request), entry.request,
+    statusText(entry.status), entry.reply];
   cells.forEach((text, index) => {
     const cell = row.insertCell();
     cell.textContent = text;
@@ -147,7 +148,7 @@ function applyFilter(row) {
 
 function download() {
   const lines = traffic.map((entry) => JSON.stringify({
-    ...entry, command: commandName(entry.request), status_text: statusText(entry.status),
+    ...entry, command: entry.command || commandName(entry.request), status_text: statusText(entry.status),
   })).join('\n');
   const link = document.createElement('a');
   link.href = URL.createObjectURL(new Blob([lines + '\n'], { type: 'application/x-ndjson' }));

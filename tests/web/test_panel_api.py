@@ -91,9 +91,12 @@ def test_keys_typed_through_the_api_reach_a_waiting_host(panel: Panel, entry: tu
 def test_screen_png_and_events_follow_the_host(panel: Panel) -> None:
     events = urllib.request.urlopen(panel.url + "/api/events", timeout=10)
     assert panel.qzctl("screen", "fill", "0,128,0").returncode == 0
-    seen = b""
-    while b"event: screen" not in seen or b"event: traffic" not in seen:
+    assert panel.qzctl("info").returncode == 0  # 00 0F: the terminal's, of the two models that share it
+    seen, deadline = b"", time.monotonic() + 15
+    named = b'"command":"terminal: registration number"'
+    while (b"event: screen" not in seen or named not in seen) and time.monotonic() < deadline:
         seen += events.readline()
+    assert b"event: screen" in seen and named in seen and b'"command":"screen: fill"' in seen
     events.close()
     with urllib.request.urlopen(panel.url + "/api/screen.png", timeout=10) as response:
         png = response.read()

@@ -145,6 +145,7 @@ void WebPanel::watch_terminal() {
     std::lock_guard guard(lock_);
     terminal_.on_exchange([this](const Exchange& exchange) {
         json traffic{{"request", hex_of(exchange.request)}, {"reply", hex_of(exchange.reply)}};
+        if (!exchange.command.empty()) traffic["command"] = exchange.command;
         traffic["status"] = exchange.status ? json(*exchange.status) : json(nullptr);
         events_.publish("traffic", std::move(traffic));
         const auto* control = terminal_.model<ControlModel>();
