@@ -29,10 +29,10 @@ std::shared_ptr<Terminal> make_terminal(const Scenario& scenario) {
         terminal->person().typing = typing->get<bool>();
     }
     auto keypad = parse_keypad(scenario.document);
-    keypad.entries.attach(terminal->person());
+    keypad.entries.attach(terminal->person(), "keypad");
     terminal->add_model(std::make_unique<KeypadModel>(std::move(keypad)));
     auto pinpad = parse_pinpad(scenario.document);
-    pinpad.entries.attach(terminal->person());
+    pinpad.entries.attach(terminal->person(), "PIN pad");
     terminal->add_model(std::make_unique<PinPadModel>(std::move(pinpad)));
     terminal->add_model(std::make_unique<LcdModel>());
     terminal->add_model(std::make_unique<ScreenModel>(parse_screen(scenario.document)));

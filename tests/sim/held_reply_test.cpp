@@ -58,7 +58,7 @@ TEST(HeldReply, PersonEndsCancelsOrRunsOutOfTime) {
         EXPECT_TRUE(terminal->answer(keypad_entry).empty()) << entry.name;
         const auto waiting = terminal->waiting(asked);
         ASSERT_TRUE(waiting) << entry.name;
-        EXPECT_EQ(waiting->what, "PIN");
+        EXPECT_EQ(waiting->what, "PIN on the keypad");
         EXPECT_GT(waiting->left, 4s);
         press(terminal->person(), entry.keys);
         EXPECT_EQ(terminal->release(asked + entry.later), entry.reply) << entry.name;

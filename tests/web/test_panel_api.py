@@ -73,15 +73,16 @@ def test_card_moved_by_the_api_is_read_by_the_host(panel: Panel) -> None:
     assert "6222021234567894" in panel.qzctl("pan", "--contactless").stdout
 
 
-@pytest.mark.parametrize("entry", [("pin", "--clear", "--timeout", "20"), ("pinpad", "enter", "--clear", "-t", "20")])
-def test_keys_typed_through_the_api_reach_a_waiting_host(panel: Panel, entry: tuple) -> None:
+@pytest.mark.parametrize("entry,device", [(("pin", "--clear", "--timeout", "20"), "keypad"),
+                                          (("pinpad", "enter", "--clear", "-t", "20"), "PIN pad")])
+def test_keys_typed_through_the_api_reach_a_waiting_host(panel: Panel, entry: tuple, device: str) -> None:
     waiting = panel.qzctl(*entry, wait=False)
     for _ in range(100):
         prompt = panel.call("/api/state")[1].get("prompt")
         if prompt:
             break
         time.sleep(0.05)
-    assert prompt and prompt["what"] == "PIN" and 0 < prompt["left_ms"] <= 20000
+    assert prompt and prompt["what"] == "PIN on the " + device and 0 < prompt["left_ms"] <= 20000
     panel.call("/api/keys", {"keys": "99C2580E"})
     out, err = waiting.communicate(timeout=20)
     assert waiting.returncode == 0, err

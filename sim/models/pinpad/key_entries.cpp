@@ -43,7 +43,7 @@ Reply KeyEntries::answer_entry(std::size_t longest, std::chrono::seconds wait,
         return digits ? finish(*digits) : Reply::failure(status::entry_timed_out);
     }
     person_->forget();  // keys pressed before the prompt count for nothing
-    return held("PIN", wait, [person = person_, longest, finish = std::move(finish)]() -> std::optional<Reply> {
+    return held("PIN on the " + device_, wait, [person = person_, longest, finish = std::move(finish)]() -> std::optional<Reply> {
         if (person->cancelled()) return Reply::failure(status::entry_timed_out);
         const auto digits = person->take_entry(longest);
         return digits ? std::optional(finish(*digits)) : std::nullopt;
@@ -55,7 +55,7 @@ Reply KeyEntries::answer_key(std::chrono::seconds wait, std::function<Reply(char
         const auto key = take_key();
         return key ? finish(*key) : Reply::failure(status::entry_timed_out);
     }
-    return held("key", wait, [person = person_, finish = std::move(finish)]() -> std::optional<Reply> {
+    return held("key on the " + device_, wait, [person = person_, finish = std::move(finish)]() -> std::optional<Reply> {
         if (person->cancelled()) return Reply::failure(status::entry_timed_out);
         const auto key = person->take_key();
         return key ? std::optional(finish(*key)) : std::nullopt;

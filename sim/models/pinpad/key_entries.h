@@ -34,8 +34,12 @@ public:
 
     std::size_t pending() const { return entries_.size(); }
 
-    // Keys come from `person` while they are typing.
-    void attach(Person& person) { person_ = &person; }
+    // Keys come from `person` while they are typing, on the `device` named in
+    // what they are asked for ("PIN on the keypad").
+    void attach(Person& person, std::string device) {
+        person_ = &person;
+        device_ = std::move(device);
+    }
 
     // The reply to an entry of at most `longest` digits: `finish` of the
     // digits, or entry_timed_out when none come within `wait`.
@@ -50,6 +54,7 @@ private:
 
     std::deque<std::string> entries_;
     Person* person_ = nullptr;
+    std::string device_;
 };
 
 }  // namespace qz::sim
