@@ -71,9 +71,11 @@ TEST(OpenDeviceWithoutTerminal, MissingAndUnusablePortsAndForeignHandles) {
     ScopedEnv log_env("QZ_32_LOG_ROOT", (folder.path() / "no-log").string());
     fs::create_directory_symlink(folder.path(), folder.path() / "COM2");  // a folder opens as no port
     fs::create_symlink("/dev/null", folder.path() / "COM3");             // no serial line
+    fs::create_symlink("/dev/null", folder.path() / "COM12");            // asked for as \\.\COM12
 
     EXPECT_EQ(open_device(1, 9600), -21);
     EXPECT_EQ(open_device(2, 9600), -22);
+    EXPECT_EQ(open_device(11, 9600), -22);
     EXPECT_EQ(open_device(32, 9600), -19);
     if (!fs::exists("/dev/ttyS31")) {
         EXPECT_EQ(open_device(31, 9600), -21);  // neither a link COM32 nor /dev/ttyS31

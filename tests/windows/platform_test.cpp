@@ -14,6 +14,7 @@
 #include "platform/paths.h"
 #include "platform/platform.h"
 #include "platform/random.h"
+#include "support/foreign_handles.h"
 #include "support/temp_dir.h"
 
 namespace qz::platform {
@@ -116,19 +117,9 @@ TEST(WindowsSerial, OpenSetsSpeedFlowControlAndTimeouts) {
 // Numbers the platform never handed out are refused by every operation,
 // including the standard handles and 0.
 TEST(WindowsHandles, OnlyOwnHandlesAreActedOn) {
-    auto& os = system_platform();
     const int stdout_number = static_cast<int>(HandleToLong(GetStdHandle(STD_OUTPUT_HANDLE)));
-    for (int handle : {0, 1, -1, stdout_number, 0x7FFFFFF0}) {
-        std::uint8_t byte = 0;
-        std::uint8_t report[8] = {6};
-        EXPECT_FALSE(os.serial_write(handle, 0x02)) << handle;
-        EXPECT_EQ(os.serial_read(handle, byte), ByteRead::failed) << handle;
-        EXPECT_FALSE(os.hid_set_feature(handle, report)) << handle;
-        EXPECT_FALSE(os.hid_get_feature(handle, report)) << handle;
-        EXPECT_FALSE(os.hid_identity(handle)) << handle;
-        EXPECT_FALSE(os.hid_feature_report_length(handle)) << handle;
-        EXPECT_FALSE(os.close(handle)) << handle;
-    }
+    for (int handle : {0, 1, -1, stdout_number, 0x7FFFFFF0})
+        test::expect_foreign_handle_refused(system_platform(), handle);
     EXPECT_NE(GetFileType(GetStdHandle(STD_OUTPUT_HANDLE)), static_cast<DWORD>(FILE_TYPE_UNKNOWN));
 }
 
