@@ -231,6 +231,20 @@ TEST_F(BankWalk, GpoAnsweredWith6CIsNotRepeatedByTheWalk) {
     }
 }
 
+// A SELECT has room for a name of 34 bytes: a longer application name is not sent.
+TEST_F(BankWalk, ApplicationNamesFitTheSelectCommand) {
+    for (const std::size_t length : {34u, 35u}) {
+        card = {};
+        load_card(contact);
+        const Bytes long_aid(length, 0xA0);
+        card.records[{1, 1}] = record({tlv({0x61}, tlv({0x4F}, long_aid))});
+        Outputs out;
+        EXPECT_NE(read(contact, out), 0) << length;  // the card knows no such application
+        if (length == 34) EXPECT_EQ(card.apdus.at(2), select(long_aid));
+        else EXPECT_EQ(card.apdus.size(), 2u);
+    }
+}
+
 TEST_F(BankWalk, DirectoryRecordIsOptionalOnlyWithoutContact) {
     const auto directory_with = [](const Path& p, const Bytes& inside) {
         return with_9000(tlv({0x6F}, concat({tlv({0x84}, bytes_of(p.directory)), tlv({0xA5}, inside)})));
